@@ -1,0 +1,8 @@
+# `cmake --install` and the CPack archive: the bundle, the program and the documents.
+install(TARGETS MemoryBlockZOR LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+
+set(CPACK_GENERATOR TGZ)
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY ${PROJECT_DESCRIPTION})
+set(CPACK_STRIP_FILES ON)
+include(CPack)

@@ -1,0 +1,35 @@
+#include "plugin/exceptions.h"
+
+#include <cstdio>
+#include <cstring>
+
+#include "plugin/host.h"
+
+void RaiseException(const char* exceptionClassName, const char* message, uint32_t errorNumber) {
+    REALstring text = nullptr;
+    if (message && *message) text = REALBuildString(message, int32_t(std::strlen(message)));
+    if (text) REALSetStringEncoding(text, kTextEncodingUS_ASCII);
+
+    REALobject exception = REALnewInstance(exceptionClassName);
+    if (!exception) exception = REALnewInstance("RuntimeException");
+    if (exception) {
+        REALSetPropValueString(exception, "Message", text);
+        REALSetPropValueInt32(exception, "ErrorNumber", int32_t(errorNumber));
+        REALRaiseException(exception);
+        REALUnlockObject(exception);
+    }
+    if (text) REALUnlockString(text);
+}
+
+void RaiseNilBlock() { RaiseException("NilObjectException", "memoryblock is nil", 0); }
+
+void RaiseNilPointer() { RaiseException("NilObjectException", "ptr is nil", 0); }
+
+void RaiseNegativeOffset() { RaiseException("UnsupportedOperationException", "offset < 0", 0); }
+
+void RaiseOutOfMemory(int64_t size) {
+    char message[200] = {};
+    std::snprintf(message, sizeof message, "Failed to allocate a memoryblock with %lld bytes in size.",
+                  static_cast<long long>(size));
+    RaiseException("OutOfMemoryException", message, 0);
+}

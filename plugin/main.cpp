@@ -1,0 +1,53 @@
+// The entry point: settles the version of the host's records and registers everything.
+#include <cstdlib>
+#include <cstring>
+
+#include "plugin/convert.h"
+#include "plugin/host.h"
+#include "plugin/tables.h"
+
+constinit Resolver gResolver = nullptr;
+constinit double rbversion_rbversion = 0.0;
+constinit int32_t CurrentREALControlVersion = 12;
+
+namespace {
+
+constexpr int32_t kOlderLayout = 9;
+constexpr int32_t kInstanceDataAlignment = 16;  // bytes
+
+int32_t version_word(double hostVersion) {
+    if (hostVersion >= 2013.03) return 12;
+    if (hostVersion >= 2013.0) return 11;
+    if (hostVersion >= 2012.0) return 10;
+    return kOlderLayout;
+}
+
+// Gives the record the version word and its layout. A record that already has the older layout keeps it.
+bool adapt(REALclassDefinition& definition) {
+    if (CurrentREALControlVersion > kOlderLayout) {
+        definition.version = CurrentREALControlVersion;
+        return true;
+    }
+    if (definition.version == kOlderLayout) return true;
+    void* older = FixClass(&definition);
+    if (!older) return false;
+    std::memcpy(&definition, older, kOlderClassSize);
+    std::free(older);
+    return true;
+}
+
+}  // namespace
+
+extern "C" __attribute__((visibility("default"))) void REALPluginMain(Resolver resolver) {
+    gResolver = resolver;
+    const auto registerVersion = REALRegisterPluginVersion.ask();
+    if (const auto hostVersion = REALGetRBVersion.ask()) rbversion_rbversion = hostVersion();
+    CurrentREALControlVersion = version_word(rbversion_rbversion);
+    if (registerVersion) registerVersion(CurrentREALControlVersion);
+
+    if (adapt(memBlkClass)) REALRegisterClassExtension(&memBlkClass);
+    MemClass.instanceDataSize = (MemClass.instanceDataSize + kInstanceDataAlignment - 1) /
+                                kInstanceDataAlignment * kInstanceDataAlignment;
+    if (adapt(MemClass)) REALRegisterClass(&MemClass);
+    REALRegisterMethod(&globalsMethods);
+}
