@@ -1,4 +1,7 @@
 // Copying runs of bytes.
+//
+// Every operation of a kernel header stands twice: in `kernels`, as fast as it gets, for the members; and in
+// `kernels::plain`, as the rule itself, byte by byte, against which the fast form is held.
 #pragma once
 
 #include <cstddef>
