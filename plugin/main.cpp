@@ -6,10 +6,6 @@
 #include "plugin/host.h"
 #include "plugin/tables.h"
 
-constinit Resolver gResolver = nullptr;
-constinit double rbversion_rbversion = 0.0;
-constinit int32_t CurrentREALControlVersion = 12;
-
 namespace {
 
 constexpr int32_t kOlderLayout = 9;
