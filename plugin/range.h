@@ -27,3 +27,9 @@ inline Range cut(int64_t size, int64_t offset, int64_t count) {
 inline bool inside(int64_t size, int64_t offset, int64_t count) {
     return offset >= 0 && count >= 0 && (size <= 0 || offset + count <= size);
 }
+
+// A count, where 0 or less stands for all that the block has from `offset` on (nothing when the size is
+// unknown).
+inline int64_t or_rest(int64_t size, int64_t offset, int64_t count) {
+    return count > 0 ? count : size - offset;
+}

@@ -1,0 +1,35 @@
+#!/usr/bin/env bash
+# What the bundle's file promises: binary.sh BUNDLE
+# One exported symbol, nothing needed but libc and libm, full RELRO, and no code that runs at load time.
+set -euo pipefail
+bundle=$1
+dynamic=$(readelf --dynamic --wide "$bundle")
+segments=$(readelf --program-headers --wide "$bundle")
+exported=$(nm --dynamic --defined-only "$bundle" | awk '{print $2, $3}')
+needed=$(sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p' <<<"$dynamic" | sort | xargs)
+# Symbols of libc and libm have a GLIBC version.
+foreign=$(nm --dynamic --undefined-only --with-symbol-versions "$bundle" | awk '$1 != "U" || $2 !~ /@GLIBC_/')
+
+faults=0
+expect() {
+    local what=$1
+    shift
+    "$@" || {
+        echo "$bundle: $what" >&2
+        faults=1
+    }
+}
+has() { grep -Eq "$2" <<<"$1"; }
+lacks() { ! has "$@"; }
+
+expect "exports: $exported" [ "$exported" = "T REALPluginMain" ]
+expect "needs: $needed" [ "$needed" = "libc.so.6 libm.so.6" ]
+expect "symbols of neither libc nor libm: $foreign" [ -z "$foreign" ]
+expect "no RELRO segment" has "$segments" GNU_RELRO
+expect "not bound at load time" has "$dynamic" '\(FLAGS_1\).*NOW'
+expect "an executable stack" lacks "$segments" 'GNU_STACK.*RWE'
+expect "code that runs at load time" lacks "$dynamic" '\((INIT|INIT_ARRAY|PREINIT_ARRAY)\)'
+expect "code that is changed at load time" lacks "$dynamic" 'TEXTREL'
+expect "exception tables" lacks "$(readelf --sections --wide "$bundle")" gcc_except_table
+expect "exceptions or RTTI" lacks "$(nm "$bundle")" ' (_ZTI|_ZTS|__cxa_|__gxx_|_Unwind_)'
+exit $faults

@@ -1,0 +1,84 @@
+#include "tests/support/guarded.h"
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <system_error>
+
+namespace {
+
+constexpr uint8_t kPattern = 0xA5;
+
+size_t page_size() { return size_t(sysconf(_SC_PAGESIZE)); }
+
+std::string two_digits(uint8_t byte) {
+    char text[3];
+    std::snprintf(text, sizeof text, "%02x", byte);
+    return text;
+}
+
+}  // namespace
+
+GuardedBytes::GuardedBytes(size_t size, Side side) : size_(size) {
+    const size_t page = page_size();
+    accessible_ = std::max<size_t>(1, (size + page - 1) / page) * page;
+    void* pages =
+        mmap(nullptr, accessible_ + 2 * page, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    if (pages == MAP_FAILED) throw std::system_error(errno, std::generic_category(), "guarded memory");
+    pages_ = static_cast<uint8_t*>(pages) + page;
+    if (mprotect(pages_, accessible_, PROT_READ | PROT_WRITE) != 0) {
+        throw std::system_error(errno, std::generic_category(), "guarded memory");
+    }
+    data_ = side == kStart ? pages_ : pages_ + accessible_ - size;
+    std::fill(pages_, data_, kPattern);
+    std::fill(data_ + size, pages_ + accessible_, kPattern);
+}
+
+GuardedBytes::GuardedBytes(size_t size, Side side, Random& random) : GuardedBytes(size, side) {
+    for (uint8_t& byte : bytes()) byte = uint8_t(random() >> 8);
+}
+
+GuardedBytes::GuardedBytes(std::string_view bytes, Side side) : GuardedBytes(bytes.size(), side) {
+    std::copy(bytes.begin(), bytes.end(), data_);
+}
+
+GuardedBytes::~GuardedBytes() { munmap(pages_ - page_size(), accessible_ + 2 * page_size()); }
+
+testing::AssertionResult GuardedBytes::untouched_around() const {
+    for (const uint8_t* at = pages_; at < pages_ + accessible_; ++at) {
+        if (at == data_) at += size_;
+        if (at < pages_ + accessible_ && *at != kPattern) {
+            return testing::AssertionFailure() << "the byte at offset " << at - data_ << ", outside the "
+                                               << size_ << " bytes, became " << two_digits(*at);
+        }
+    }
+    return testing::AssertionSuccess();
+}
+
+testing::AssertionResult same_bytes(std::span<const uint8_t> actual, std::span<const uint8_t> expected) {
+    if (actual.size() != expected.size()) {
+        return testing::AssertionFailure() << actual.size() << " bytes instead of " << expected.size();
+    }
+    if (std::ranges::equal(actual, expected)) return testing::AssertionSuccess();
+    testing::AssertionResult result = testing::AssertionFailure() << "these bytes differ:";
+    int shown = 0;
+    for (size_t i = 0; i < actual.size() && shown < 12; ++i) {
+        if (actual[i] == expected[i]) continue;
+        result << "\n  offset " << i << ": " << two_digits(actual[i]) << " instead of "
+               << two_digits(expected[i]);
+        ++shown;
+    }
+    return result;
+}
+
+std::vector<uint8_t> hex(std::string_view text) {
+    std::vector<uint8_t> bytes;
+    for (size_t i = 0; i + 1 < text.size(); i += text[i] == ' ' ? 1 : 2) {
+        if (text[i] != ' ') bytes.push_back(uint8_t(std::stoi(std::string(text.substr(i, 2)), nullptr, 16)));
+    }
+    return bytes;
+}
