@@ -1,5 +1,5 @@
-// A bundle whose members are the services that the real bundle's members share, so that tests can call each by
-// itself, on any host.
+// A bundle whose members are the services that the real bundle's members share, so that tests can call each
+// by itself, on any host.
 #include <string>
 
 #include "plugin/block.h"
@@ -65,7 +65,8 @@ constinit auto raiseRecord =
 constinit auto raiseOutOfMemoryRecord = global<"RaiseOutOfMemory(size as Int64)", raise_out_of_memory>;
 constinit auto stringDataRecord =
     global<"StringData(s as String, encoding as Integer, more as Integer = 0) as MemoryBlock", string_data>;
-constinit auto macRomanRecord = global<"MacRoman(s as String, asStored as Boolean) as MemoryBlock", mac_roman>;
+constinit auto macRomanRecord =
+    global<"MacRoman(s as String, asStored as Boolean) as MemoryBlock", mac_roman>;
 constinit auto stringBufferRecord = global<"StringBuffer(s as String) as MemoryBlock", string_buffer>;
 constinit auto blockBufferRecord = global<"BlockBuffer(block as MemoryBlock) as Integer", block_buffer>;
 

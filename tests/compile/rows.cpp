@@ -1,5 +1,5 @@
-// Rows of the member tables that must not compile, one for each way in which a declaration and its function can
-// disagree. ROW picks one; row 0 is right and must compile.
+// Rows of the member tables that must not compile, one for each way in which a declaration and its function
+// can disagree. ROW picks one; row 0 is right and must compile.
 #include "plugin/table_rows.h"
 
 [[maybe_unused]] static int32_t count(REALmemoryBlock, int32_t, double) { return 0; }

@@ -1,5 +1,5 @@
-// The older record layout, over tables of every kind. The bundle's own records use only two of them; registration
-// tests show those as the host receives them.
+// The older record layout, over tables of every kind. The bundle's own records use only two of them;
+// registration tests show those as the host receives them.
 #include "plugin/convert.h"
 
 #include <gtest/gtest.h>
@@ -118,8 +118,8 @@ TEST(FixClass, CutsEveryTableAndCarriesTheOtherFields) {
     EXPECT_EQ(older->count19, 3);
     EXPECT_TRUE(cut_from(older->table18, 3 * sizeof(void*), fives.data(), sizeof fives[0], 3));
     EXPECT_EQ(older->sharedPropertyCount, 1);
-    EXPECT_TRUE(
-        cut_from(older->sharedProperties, kOlderPropertySize, sharedProperties.data(), sizeof properties[0], 1));
+    EXPECT_TRUE(cut_from(older->sharedProperties, kOlderPropertySize, sharedProperties.data(),
+                         sizeof properties[0], 1));
     EXPECT_EQ(older->sharedMethodCount, 3);
     EXPECT_TRUE(cut_from(older->sharedMethods, kOlderMethodSize, sharedMethods.data(), sizeof methods[0], 3));
 

@@ -42,8 +42,8 @@ GuardedBytes::GuardedBytes(size_t size, Side side, Random& random) : GuardedByte
     for (uint8_t& byte : bytes()) byte = uint8_t(random() >> 8);
 }
 
-GuardedBytes::GuardedBytes(std::string_view bytes, Side side) : GuardedBytes(bytes.size(), side) {
-    std::copy(bytes.begin(), bytes.end(), data_);
+GuardedBytes::GuardedBytes(const std::vector<uint8_t>& bytes, Side side) : GuardedBytes(bytes.size(), side) {
+    std::ranges::copy(bytes, data_);
 }
 
 GuardedBytes::~GuardedBytes() { munmap(pages_ - page_size(), accessible_ + 2 * page_size()); }

@@ -29,9 +29,9 @@ class GuardedBytes {
     };
     static constexpr Side kBothSides[] = {kStart, kEnd};
 
-    explicit GuardedBytes(size_t size, Side side = kEnd);             // all zero
-    GuardedBytes(size_t size, Side side, Random& random);             // any bytes
-    explicit GuardedBytes(std::string_view bytes, Side side = kEnd);  // a copy
+    explicit GuardedBytes(size_t size, Side side = kEnd);                        // all zero
+    GuardedBytes(size_t size, Side side, Random& random);                        // any bytes
+    explicit GuardedBytes(const std::vector<uint8_t>& bytes, Side side = kEnd);  // a copy
     ~GuardedBytes();
     GuardedBytes(const GuardedBytes&) = delete;
     GuardedBytes& operator=(const GuardedBytes&) = delete;
