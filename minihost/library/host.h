@@ -31,11 +31,11 @@ struct Options {
     // What "REALGetRBVersion" returns; without a value the host has no such function.
     std::optional<double> version = 2013.04;
     // Keys that the resolver does not know.
-    std::set<std::string, std::less<>> without;
+    std::set<std::string, std::less<>> without = {};
     // Keys that the resolver knows only from the second request on.
-    std::set<std::string, std::less<>> late;
+    std::set<std::string, std::less<>> late = {};
     // Functions that the resolver hands out in place of the host's own, by key.
-    std::map<std::string, void*, std::less<>> replace;
+    std::map<std::string, void*, std::less<>> replace = {};
 };
 
 // A method as registered. `owner` is the class that it belongs to, empty for a global method.

@@ -77,7 +77,7 @@ testing::AssertionResult same_bytes(std::span<const uint8_t> actual, std::span<c
 
 std::vector<uint8_t> hex(std::string_view text) {
     std::vector<uint8_t> bytes;
-    for (size_t i = 0; i + 1 < text.size(); i += text[i] == ' ' ? 1 : 2) {
+    for (size_t i = 0; i + 1 < text.size(); i += text[i] == ' ' ? 1u : 2u) {
         if (text[i] != ' ') bytes.push_back(uint8_t(std::stoi(std::string(text.substr(i, 2)), nullptr, 16)));
     }
     return bytes;

@@ -1,0 +1,340 @@
+// What the bundle registers with each host, read from the records as the host receives them.
+#include <dlfcn.h>
+
+#include <array>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <map>
+#include <set>
+
+#include "plugin/host.h"
+#include "tests/support/bundle_test.h"
+
+using minihost::Host;
+using minihost::ObjectRef;
+using minihost::Options;
+
+namespace {
+
+// The members of the extension in the registered order.
+const std::vector<std::string> kMethods = {
+    "_Calc3te(Source1 as Integer, Source2 as Integer, Source3 as Integer, Source4 as Integer, Dest1 as "
+    "Integer, Dest2 as Integer, Dest3 as Integer, Dest4 as Integer, Tolerance as double, offsetByte as "
+    "Integer = 0, Length as integer = 0)",
+    "_Calc2te(iByteMax as integer = 255, offsetByte as Integer = 0, Length as integer = 0, WithSum0 as "
+    "boolean = true)",
+    "_CalcLogSweepTableZOR(offsetByte as Integer, Z as integer, lw1 as integer, lw2 as integer, T as double)",
+    "_ConvertPolarToCartesian(offsetByte as Integer, Z as integer, polarData as Memoryblock)",
+    "_ConvertCartesianToPolar(offsetByte as Integer, Z as integer, CartesianData as Memoryblock)",
+    "MultiplyUInt16ZOR(Factor as double, offsetByte as Integer = 0, lengthBytes as integer = 0)",
+    "MultiplyUInt8ZOR(Factor as double, offsetByte as Integer = 0, lengthBytes as integer = 0)",
+    "MinZOR(firstMem as Ptr, secondMem as Ptr, BitSize as integer = 8, Signed as Boolean = false, offsetByte "
+    "as Integer = 0, lengthBytes as integer = 0) as boolean",
+    "MaxZOR(firstMem as Ptr, secondMem as Ptr, BitSize as integer = 8, Signed as Boolean = false, offsetByte "
+    "as Integer = 0, lengthBytes as integer = 0) as boolean",
+    "MirrorBitsInBytesZOR(offsetByte as Integer, lengthByte as integer)",
+    "MirrorBytesZOR(offsetByte as Integer = 0, lengthByte as integer = -1)",
+    "MirrorBitsZOR(offsetBit as Integer, lengthBit as integer)",
+    "AddressZOR(offset as Int64 = 0) as UInt64",
+    "AddressPtrZOR(offset as Int64 = 0) as Ptr",
+    "OSTypeZOR(offset as Integer) as String",
+    "GetStringZOR(offset as Integer, numBytes as Integer) as String",
+    "SetStringZOR(str as String, offset as Integer)",
+    "SwapBytesZOR(offset as Integer, numBytes as Integer)",
+    "SwapBytes16ZOR(offset as Integer, numBytes as Integer)",
+    "SwapBytes32ZOR(offset as Integer, numBytes as Integer)",
+    "BytesEqualZOR(srcOfs as Integer, numBytes as Integer, destBlk as MemoryBlock, destOfs as Integer) as "
+    "Boolean",
+    "BytesZeroZOR(srcOfs as Integer, numBytes as Integer) as Boolean",
+    "FindNotByteZOR(srcOfs as Integer, numBytes as Integer, byteValue as integer) as integer",
+    "FindByteZOR(srcOfs as Integer, numBytes as Integer, byteValue as integer) as integer",
+    "CopyBytesZOR(srcOfs as Integer, numBytes as Integer, destOfs as Integer)",
+    "CopyBytesZOR(srcOfs as Integer, numBytes as Integer, destBlk as MemoryBlock, destOfs as Integer)",
+    "CopyBytesToMacPtrZOR(srcOfs as Integer, numBytes as Integer, destPtr as Ptr)",
+    "CopyBytesFromMacPtrZOR(srcPtr as Ptr, numBytes as Integer, destOfs as Integer)",
+    "CopyBytesToMacHandleZOR(srcOfs as Integer, numBytes as Integer, destHandle as Integer)",
+    "CopyBytesFromMacHandleZOR(srcHandle as Integer, numBytes as Integer, destOfs as Integer)",
+    "FindStringZOR(srcOfs as Integer, maxBytes as Integer, target as String) as Integer",
+    "FindBytesZOR(srcOfs as Integer, maxBytes as Integer, target as MemoryBlock, targOfs as Integer, targLen "
+    "as Integer) as Integer",
+    "FSSpecZOR(offset as Integer) as FolderItem",
+    "MidZOR(offset as integer) as Memoryblock",
+    "MidZOR(offset As Integer, length As Integer) as Memoryblock",
+    "LeftZOR(length as integer) as Memoryblock",
+    "RightZOR(length As Integer) as Memoryblock",
+    "AppendZOR(other as Memoryblock) as Memoryblock",
+    "FillBytesZOR(offset as integer, count as integer, value as integer)",
+    "InvertBytesZOR(offset as integer, count as integer)",
+    "CopyNthBytesZOR(source as memoryblock, SourceOffsetBytes as integer, DestinationOffsetBytes as integer, "
+    "ByteCount as integer, StepCount as integer, NumberOfSteps as integer) as boolean",
+    "CopyNthBitsZOR(source as memoryblock, SourceOffsetBits as integer, DestinationOffsetBits as integer, "
+    "BitCount as integer, StepCount as integer, NumberOfSteps as integer) as boolean",
+    "ExpandBitsZOR(dest as memoryblock, SourceByteCount as integer, LowValue as integer = 0, HighValue as "
+    "integer = 255) as boolean",
+};
+
+// Every host operation: those of start-up, and those of the members.
+const std::vector<std::string> kStartKeys = {"RegisterPluginVersion", "REALGetRBVersion",
+                                             "PluginRegisterClassExtension", "PluginRegisterClass",
+                                             "PluginRegisterMethod"};
+const std::vector<std::string> kMemberKeys = {
+    "memoryBlockGetPtr",    "memoryBlockGetSize",      "newMemoryBlock",        "PtrToMemoryBlock",
+    "REALLockObject",       "REALUnlockObject",        "REALLockString",        "REALUnlockString",
+    "REALBuildString",      "REALSetStringEncoding",   "REALGetStringEncoding", "REALConvertString",
+    "PluginGetStringData",  "PluginDisposeStringData", "StringGetCString",      "REALLoadGlobalMethod",
+    "PluginNewInstance",    "REALSetPropValueString",  "REALSetPropValueInt",   "RuntimeRaiseException",
+    "FolderItemFromFSSpec", "REALFSSpecFromFolderItem"};
+
+// Where a function lies in the bundle's image, which is another one at every load; -1 for nil.
+ptrdiff_t place(void (*function)()) {
+    if (!function) return -1;
+    Dl_info info = {};
+    void* address = reinterpret_cast<void*>(function);
+    return dladdr(address, &info) ? static_cast<char*>(address) - static_cast<char*>(info.dli_fbase) : -2;
+}
+
+struct MethodRow {
+    ptrdiff_t function;
+    ptrdiff_t setter;
+    std::string declaration;
+    uint32_t flags;
+    bool operator==(const MethodRow&) const = default;
+};
+
+// The methods of a class record; the older layout has shorter records.
+std::vector<MethodRow> method_rows(const REALclassDefinition& definition) {
+    const size_t size = definition.version == 9 ? kOlderMethodSize : sizeof(REALmethodDefinition);
+    std::vector<MethodRow> rows;
+    for (int32_t i = 0; i < definition.methodCount; ++i) {
+        REALmethodDefinition record = {};
+        std::memcpy(&record, static_cast<const char*>(definition.methods) + size_t(i) * size, size);
+        EXPECT_EQ(record.reserved4, nullptr);
+        EXPECT_EQ(record.reserved5, 0);
+        rows.push_back({place(record.function), place(record.setter), record.declaration, record.flags});
+    }
+    return rows;
+}
+
+struct PropertyRow {
+    std::string name;
+    std::string type;
+    ptrdiff_t getter;
+    bool operator==(const PropertyRow&) const = default;
+};
+
+std::vector<PropertyRow> property_rows(const REALclassDefinition& definition) {
+    const size_t size = definition.version == 9 ? kOlderPropertySize : sizeof(REALproperty);
+    std::vector<PropertyRow> rows;
+    for (int32_t i = 0; i < definition.propertyCount; ++i) {
+        REALproperty record = {};
+        std::memcpy(&record, static_cast<const char*>(definition.properties) + size_t(i) * size, size);
+        rows.push_back({record.name, record.type, place(record.getter)});
+        // All else is the same in every property.
+        REALproperty rest = {};
+        rest.name = record.name;
+        rest.type = record.type;
+        rest.flags = 6;
+        rest.getter = record.getter;
+        EXPECT_EQ(std::memcmp(&record, &rest, sizeof rest), 0) << record.name;
+    }
+    return rows;
+}
+
+// Whether all fields are as expected; the tables and the destructor, which lie somewhere, are taken over.
+void expect_record(const REALclassDefinition& actual, const char* name, int32_t version, int32_t properties,
+                   int32_t methods, int32_t instance_data) {
+    REALclassDefinition expected = {};
+    expected.version = version;
+    expected.name = actual.name;
+    expected.instanceDataSize = instance_data;
+    expected.systemWord = actual.systemWord;  // the host's
+    expected.destructor = actual.destructor;
+    expected.properties = actual.properties;
+    expected.propertyCount = properties;
+    expected.methods = actual.methods;
+    expected.methodCount = methods;
+    expected.flags = 4;
+    EXPECT_STREQ(actual.name, name);
+    EXPECT_EQ(actual.destructor != nullptr, instance_data > 0);
+    EXPECT_EQ(std::memcmp(&actual, &expected, sizeof expected), 0) << name;
+}
+
+class RegistrationTest : public BundleTest {};
+
+TEST_F(RegistrationTest, EveryHostVersionGetsTheRecordsOfItsLayout) {
+    const double never = -std::numeric_limits<double>::infinity();
+    const std::vector<std::pair<std::optional<double>, int32_t>> versions = {
+        {2013.03, 12},     {2013.04, 12},
+        {2026.1, 12},      {std::nextafter(2013.03, never), 11},
+        {2013.0, 11},      {std::nextafter(2013.0, never), 10},
+        {2012.0, 10},      {std::nextafter(2012.0, never), 9},
+        {2011.03, 9},      {0.0, 9},
+        {std::nan(""), 9}, {std::nullopt, 9}};
+    std::array<std::vector<MethodRow>, 2> methods;
+    std::array<std::vector<PropertyRow>, 2> properties;
+    for (const auto& [version, word] : versions) {
+        SCOPED_TRACE(testing::Message() << "host version " << version.value_or(-1));
+        start({.version = version});
+        EXPECT_EQ(host().announced_version(), word);
+        const auto classes = host().registered_classes();
+        ASSERT_EQ(classes.size(), 2u);
+        expect_record(*classes[0], "MemoryBlock", word, 1, 43, 0);
+        expect_record(*classes[1], "MemoryBlockZOR", word, 3, 3, 32);
+        for (size_t i = 0; i < 2; ++i) {
+            if (methods[i].empty()) methods[i] = method_rows(*classes[i]);
+            if (properties[i].empty()) properties[i] = property_rows(*classes[i]);
+            EXPECT_EQ(method_rows(*classes[i]), methods[i]);
+            EXPECT_EQ(property_rows(*classes[i]), properties[i]);
+        }
+        const auto globals = host().registered_globals();
+        ASSERT_EQ(globals.size(), 1u);
+        EXPECT_STREQ(globals[0]->declaration, "NewMemoryBlockFromPtrZOR(ptr as integer) as memoryblock");
+        EXPECT_NE(globals[0]->function, nullptr);
+        EXPECT_EQ(globals[0]->setter, nullptr);
+        EXPECT_EQ(globals[0]->flags, 4u);
+    }
+
+    ASSERT_EQ(methods[0].size(), kMethods.size());
+    std::set<ptrdiff_t> functions;
+    for (size_t i = 0; i < kMethods.size(); ++i) {
+        EXPECT_EQ(methods[0][i].declaration, kMethods[i]) << "row " << i + 1;
+        EXPECT_EQ(methods[0][i].flags, 4u);
+        const bool assignable = kMethods[i].starts_with("OSTypeZOR") || kMethods[i].starts_with("FSSpecZOR");
+        EXPECT_EQ(methods[0][i].setter > 0, assignable) << kMethods[i];
+        EXPECT_TRUE(functions.insert(methods[0][i].function).second) << kMethods[i] << " shares its function";
+    }
+    const auto declaration = [&](size_t i) { return methods[1].at(i).declaration; };
+    EXPECT_EQ(declaration(0), "Resize(Size as Int64) as boolean");
+    EXPECT_EQ(declaration(1), "Close");
+    EXPECT_EQ(declaration(2), "Create(size as Int64) as boolean");
+    EXPECT_EQ(properties[0][0].name + " " + properties[0][0].type, "BytesZOR Integer");
+    EXPECT_EQ(properties[1][0].name + " " + properties[1][0].type, "Address Int64");
+    EXPECT_EQ(properties[1][1].name + " " + properties[1][1].type, "Size Int64");
+    EXPECT_EQ(properties[1][2].name + " " + properties[1][2].type, "Memory Memoryblock");
+}
+
+TEST_F(RegistrationTest, CloseIsAlsoTheDestructor) {
+    start();
+    const REALclassDefinition& large = *host().registered_classes()[1];
+    EXPECT_EQ(place(reinterpret_cast<void (*)()>(large.destructor)), method_rows(large)[1].function);
+}
+
+TEST_F(RegistrationTest, AMissingRegistrationLeavesTheOthers) {
+    start({.without = {"PluginRegisterClassExtension"}});
+    EXPECT_EQ(host().registered_classes().size(), 1u);
+    EXPECT_EQ(host().registered_globals().size(), 1u);
+    start({.without = {"PluginRegisterClass"}});
+    EXPECT_EQ(host().registered_classes().size(), 1u);
+    EXPECT_EQ(host().registered_globals().size(), 1u);
+    start({.without = {"PluginRegisterMethod", "RegisterPluginVersion"}});
+    EXPECT_EQ(host().registered_classes().size(), 2u);
+    EXPECT_EQ(host().registered_globals().size(), 0u);
+    EXPECT_FALSE(host().announced_version());
+
+    std::set<std::string, std::less<>> all(kStartKeys.begin(), kStartKeys.end());
+    all.insert(kMemberKeys.begin(), kMemberKeys.end());
+    start({.without = all});
+    EXPECT_EQ(host().registered_classes().size(), 0u);
+    EXPECT_EQ(host().registered_globals().size(), 0u);
+}
+
+TEST_F(RegistrationTest, AKeyThatAnswersLateIsAskedAgain) {
+    start({.late = {"memoryBlockGetSize"}});
+    const ObjectRef memory = block("abcdef");
+    EXPECT_EQ(get(memory, "BytesZOR"), minihost::Value(0));
+    EXPECT_EQ(get(memory, "BytesZOR"), minihost::Value(6));
+}
+
+// Members on a host that lacks one operation: each does what it does without that operation's result, and
+// none crashes or raises anything but a host exception.
+TEST_F(RegistrationTest, EachOperationCanBeMissing) {
+    for (const std::string& key : kMemberKeys) {
+        for (const double version : {2011.0, 2013.04}) {
+            SCOPED_TRACE(key + " missing");
+            Host host({.version = version, .without = {key}});
+            host.load(MINIHOST_BUNDLE);
+            const ObjectRef memory = host.new_block("abcdefgh");
+            const auto text = host.new_string(
+                "\xC3\xA9"
+                "bcd",
+                *minihost::encoding_number("UTF-8"));
+            const auto attempt = [](auto&& call) {
+                try {
+                    call();
+                } catch (const minihost::HostException& exception) {
+                    EXPECT_EQ(exception.class_name, "NilObjectException");
+                }
+            };
+            const auto call = [&](const char* name, std::vector<minihost::Value> arguments) {
+                attempt([&] { host.call(memory.get(), name, arguments); });
+            };
+            call("FindStringZOR", {0, 0, text});
+            call("SetStringZOR", {text, 0});
+            call("GetStringZOR", {0, 8});
+            call("MidZOR", {1});
+            call("AppendZOR", {memory});
+            call("MirrorBytesZOR", {});
+            call("MultiplyUInt8ZOR", {1.0});
+            call("FSSpecZOR", {0});
+            attempt([&] { host.assign(memory.get(), "OSTypeZOR", std::vector<minihost::Value>{0}, text); });
+            attempt([&] {
+                host.call_on_nil("MemoryBlock", "FillBytesZOR", std::vector<minihost::Value>{0, 1, 2});
+            });
+            attempt([&] {
+                const ObjectRef large = host.new_instance("MemoryBlockZOR");
+                host.call(large.get(), "Create", std::vector<minihost::Value>{int64_t(16)});
+                host.get(large.get(), "Memory");
+            });
+            if (key == "memoryBlockGetPtr") {
+                EXPECT_EQ(std::memcmp(host.block_data(memory.get()), "abcdefgh", 8), 0)
+                    << "changed without its address";
+            }
+        }
+    }
+}
+
+// Without minihost: the entry point and a resolver, nothing else.
+std::map<std::string, int> requests;
+std::vector<std::string> order;
+int32_t announced = 0;
+double version_of_host = 0;
+
+void* counting_resolver(const char* key) {
+    ++requests[key];
+    order.emplace_back(key);
+    if (std::string_view(key) == "REALGetRBVersion") {
+        return reinterpret_cast<void*>(+[] { return version_of_host; });
+    }
+    if (std::string_view(key) == "RegisterPluginVersion") {
+        return reinterpret_cast<void*>(+[](int32_t version) { announced = version; });
+    }
+    if (std::string_view(key) == "PluginRegisterMethod") {
+        return reinterpret_cast<void*>(+[](void*) {});
+    }
+    return nullptr;
+}
+
+TEST(EntryPoint, AsksForWhatItNeedsInOrderAndOnce) {
+    void* bundle = dlopen(MINIHOST_BUNDLE, RTLD_NOW | RTLD_LOCAL);
+    ASSERT_NE(bundle, nullptr) << dlerror();
+    const auto main = reinterpret_cast<void (*)(Resolver)>(dlsym(bundle, "REALPluginMain"));
+    ASSERT_NE(main, nullptr);
+    version_of_host = 2013.0;
+    main(counting_resolver);
+    EXPECT_EQ(announced, 11);
+    EXPECT_EQ(order, kStartKeys);
+    version_of_host = 2012.5;
+    main(counting_resolver);
+    EXPECT_EQ(announced, 10);
+    // The two of start-up are asked afresh; of the others, those that had no answer.
+    EXPECT_EQ(requests, (std::map<std::string, int>{{"RegisterPluginVersion", 2},
+                                                    {"REALGetRBVersion", 2},
+                                                    {"PluginRegisterClassExtension", 2},
+                                                    {"PluginRegisterClass", 2},
+                                                    {"PluginRegisterMethod", 1}}));
+    main(+[](const char*) -> void* { return nullptr; });
+    dlclose(bundle);
+}
+
+}  // namespace
