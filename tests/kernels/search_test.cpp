@@ -1,0 +1,95 @@
+#include "kernels/search.h"
+
+#include "tests/support/guarded.h"
+
+namespace {
+
+// Sizes of everyday ranges, and now and then a large one.
+size_t any_size(Random& random, int round) {
+    return between<size_t>(random, 0, round % 100 == 0 ? 20000 : 300);
+}
+
+// Runs of one value, in which the first other byte lies anywhere or nowhere, behind every number of whole
+// words.
+TEST(SearchKernel, FindsTheFirstByteThatIsOrIsNot) {
+    Random random;
+    for (int round = 0; round < 4000; ++round) {
+        const size_t size = any_size(random, round);
+        GuardedBytes memory(size, GuardedBytes::kBothSides[round % 2]);
+        const auto value = between<uint16_t>(random, 0, 255);
+        std::ranges::fill(memory.bytes(), uint8_t(value));
+        const int others = size > 0 ? between(random, 0, 2) : 0;
+        const auto other = uint8_t(value ^ 1U << between(random, 0, 7));
+        for (int i = 0; i < others; ++i) memory.data()[between<size_t>(random, 0, size - 1)] = other;
+
+        const size_t start = between<size_t>(random, 0, size);
+        const uint8_t* data = memory.data() + start;
+        const size_t n = size - start;
+        SCOPED_TRACE(testing::Message() << n << " bytes from " << start);
+        for (const uint8_t byte : {uint8_t(value), other, uint8_t(0)}) {
+            ASSERT_EQ(kernels::find_byte(data, n, byte), kernels::plain::find_byte(data, n, byte));
+            ASSERT_EQ(kernels::find_not_byte(data, n, byte), kernels::plain::find_not_byte(data, n, byte));
+        }
+        ASSERT_EQ(kernels::all_zero(data, n), kernels::plain::all_zero(data, n));
+        ASSERT_EQ(kernels::all_ascii(data, n), kernels::plain::all_ascii(data, n));
+    }
+}
+
+// One set bit in zeros: no place and no bit is overlooked, and 0x7f is still ASCII.
+TEST(SearchKernel, LooksAtEveryBit) {
+    for (size_t size = 1; size <= 80; ++size) {
+        GuardedBytes memory(size);
+        ASSERT_TRUE(kernels::all_zero(memory.data(), size));
+        for (size_t bit = 0; bit < 8 * size; ++bit) {
+            SCOPED_TRACE(testing::Message() << "bit " << bit << " of " << size << " bytes");
+            memory.data()[bit / 8] = uint8_t(0x80 >> bit % 8);
+            ASSERT_FALSE(kernels::all_zero(memory.data(), size));
+            ASSERT_EQ(kernels::find_not_byte(memory.data(), size, 0), bit / 8);
+            ASSERT_EQ(kernels::all_ascii(memory.data(), size), bit % 8 != 0);
+            memory.data()[bit / 8] = 0;
+        }
+    }
+}
+
+// Few different values, so that beginnings of the pattern are everywhere; patterns cut from the data, and
+// others.
+TEST(SearchKernel, FindsTheFirstWholePattern) {
+    Random random;
+    size_t found = 0;
+    for (int round = 0; round < 8000; ++round) {
+        const size_t size = any_size(random, round);
+        const size_t length = between<size_t>(random, 1, round % 3 == 0 ? 40 : 5);
+        const auto values = between<uint16_t>(random, 0, 2);
+        GuardedBytes memory(size, GuardedBytes::kBothSides[round % 2]);
+        GuardedBytes pattern(length, GuardedBytes::kBothSides[round / 2 % 2]);
+        for (uint8_t& byte : memory.bytes()) byte = uint8_t(between<uint16_t>(random, 0, values));
+        for (uint8_t& byte : pattern.bytes()) byte = uint8_t(between<uint16_t>(random, 0, values));
+        if (round % 2 == 0 && size >= length) {
+            std::copy_n(memory.data() + between<size_t>(random, 0, size - length), length, pattern.data());
+        }
+        const size_t expected = kernels::plain::find(memory.data(), size, pattern.data(), length);
+        ASSERT_EQ(kernels::find(memory.data(), size, pattern.data(), length), expected)
+            << length << " bytes in " << size;
+        found += expected != kernels::kNotFound;
+    }
+    EXPECT_GT(found, 3000U);
+}
+
+TEST(SearchKernel, ComparesAllBytesOfRangesThatMayOverlap) {
+    Random random;
+    for (int round = 0; round < 4000; ++round) {
+        const size_t size = any_size(random, round);
+        GuardedBytes first(size, GuardedBytes::kEnd, random);
+        GuardedBytes second(first.copy(), GuardedBytes::kBothSides[round % 2]);
+        ASSERT_TRUE(kernels::equal(first.data(), second.data(), size));
+        if (size == 0) continue;
+        const size_t at = between<size_t>(random, 0, size - 1);
+        second.data()[at] ^= uint8_t(1U << between(random, 0, 7));
+        ASSERT_FALSE(kernels::equal(first.data(), second.data(), size)) << "offset " << at << " of " << size;
+        ASSERT_TRUE(kernels::equal(first.data(), second.data(), at));
+        ASSERT_EQ(kernels::equal(first.data(), first.data() + 1, size - 1),
+                  kernels::plain::equal(first.data(), first.data() + 1, size - 1));
+    }
+}
+
+}  // namespace
