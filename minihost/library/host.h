@@ -114,14 +114,13 @@ class Host {
 
     Value call(REALobject self, std::string_view name, std::span<const Value> arguments = {});
     Value call_global(std::string_view name, std::span<const Value> arguments = {});
-    void assign(REALobject self, std::string_view name, std::span<const Value> arguments,
-                const Value& value);
+    void assign(REALobject self, std::string_view name, std::span<const Value> arguments, const Value& value);
     Value get(REALobject self, std::string_view property);
     // The same on a nil object of the given class: for members that must stand a nil block.
     Value call_on_nil(std::string_view class_name, std::string_view name,
                       std::span<const Value> arguments = {});
-    void assign_on_nil(std::string_view class_name, std::string_view name,
-                       std::span<const Value> arguments, const Value& value);
+    void assign_on_nil(std::string_view class_name, std::string_view name, std::span<const Value> arguments,
+                       const Value& value);
     Value get_on_nil(std::string_view class_name, std::string_view property);
 
     // --- Objects

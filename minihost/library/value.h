@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -74,8 +75,12 @@ struct Pointer {
 };
 
 // A value of the host language. std::monostate stands for Nil and for "no result"; a nil object, a
-// nil string and a nil Ptr may also be given as an empty ObjectRef, StringRef or Pointer.
+// nil string and a nil Ptr may also be given as an empty ObjectRef, StringRef or Pointer, and a member's nil
+// result comes so.
 using Value =
     std::variant<std::monostate, int32_t, int64_t, uint64_t, double, bool, Pointer, StringRef, ObjectRef>;
+
+// A number or a Boolean as another kind; nothing where that would lose something, and for all other values.
+std::optional<Value> convert_scalar(const Value& value, Kind kind);
 
 }  // namespace minihost

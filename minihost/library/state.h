@@ -1,0 +1,132 @@
+// What a running Host holds: the live objects and strings, the classes and members, and the accounts of what
+// the bundle did. The host operations and the Host's own functions work on it.
+#pragma once
+
+#include <cstdlib>
+#include <deque>
+#include <unordered_map>
+#include <unordered_set>
+
+#include "minihost/library/host.h"
+
+namespace minihost {
+
+struct Free {
+    void operator()(void* memory) const { std::free(memory); }
+};
+using Memory = std::unique_ptr<void, Free>;
+
+// An object's handle is the address of `instance`. What only blocks, folder items or exceptions have is
+// empty in the others.
+struct Object {
+    const Class* type = nullptr;
+    int32_t references = 1;
+    Memory instance;
+    void* data = nullptr;  // a block's bytes
+    int32_t size = 0;      // as the block reports it
+    Memory owned;          // the bytes, of a block that owns them
+    std::filesystem::path path;
+    StringRef message;
+    int32_t error_number = 0;
+};
+
+// A string's handle is the address of `record`.
+struct String {
+    std::string bytes;
+    uint32_t encoding = kTextEncodingUnknown;
+    int32_t references = 1;
+    Memory record;
+    std::string buffer;  // what the record of an older host points to
+};
+
+class Host::State {
+ public:
+    State(Host& host, Options options);
+
+    static inline State* current = nullptr;  // nil while no Host lives
+
+    // --- Objects and strings (heap.cpp). A new one carries one reference; nil when there is no memory.
+    // `by` names the operation in which a fault is found.
+    REALobject add_object(const Class& type);
+    REALobject add_instance(const Class& type);  // the same, and its constructors called
+    REALobject add_block(int32_t size);
+    REALobject add_view(void* data, int32_t reported_size);
+    REALstring add_string(std::string_view bytes, uint32_t encoding);
+    Object* live(REALobject object);  // nil when there is no such object
+    String* live(REALstring string);
+    // The same for a handle that came from the bundle: one that is not live, or no `type`, is a fault.
+    Object* checked(const char* by, REALobject object, const Class* type = nullptr);
+    String* checked(const char* by, REALstring string);
+    void lock(const char* by, REALobject object);
+    void unlock(const char* by, REALobject object);
+    void lock(const char* by, REALstring string);
+    void unlock(const char* by, REALstring string);
+    void fault(const char* by, const std::string& what);
+    std::optional<std::string> text_of(const String& string, uint32_t encoding) const;
+
+    // --- Classes and members (registry.cpp). What cannot be read is put down in `load_error`.
+    Class* find_class(std::string_view name);
+    void register_class(REALclassDefinition* record);
+    void extend_class(REALclassDefinition* record);
+    void register_global(REALmethodDefinition* record);
+    // Gives class names in declarations their registered spelling, once all classes are there.
+    void resolve_types();
+
+    // --- Files (folder_items.cpp)
+    REALobject add_folder_item(const std::filesystem::path& path);
+    FSSpec spec_of(const std::filesystem::path& path);
+    std::optional<std::filesystem::path> path_of(const FSSpec& spec) const;
+
+    // --- The resolver (operations.cpp)
+    void* resolve(std::string_view key);
+    // Not when the bundle finds no such operation, or not at once: then it frees the data itself.
+    bool disposes_of_string_data() const;
+
+    // --- Calls (call.cpp). Throws the host exception that the bundle raised in the call.
+    Value call(const std::string& name, void* function, REALobject* self, std::span<const Value> arguments,
+               const Type& result);
+    void throw_raised();
+
+    Host& host;
+    Options options;
+    std::optional<int32_t> announced;
+    std::vector<REALclassDefinition*> class_records;
+    std::vector<REALmethodDefinition*> global_records;
+    std::deque<Class> classes;
+    std::vector<Method> globals;
+    const Class* memory_block = nullptr;
+    const Class* folder_item = nullptr;
+    const Class* exception = nullptr;
+    std::string load_error;  // the first one
+    std::set<std::string, std::less<>> requested;
+
+    std::unordered_map<const void*, Object> objects;
+    std::unordered_map<const void*, String> strings;
+    std::unordered_set<void*> string_data;  // handed out and not yet disposed of
+    std::deque<Memory> retired;             // handles that must not come back too soon
+    std::vector<std::string> faults;
+
+    int calls = 0;     // into the bundle, that are running
+    ObjectRef raised;  // in the running call
+
+    std::vector<std::filesystem::path> directories;  // by their id in file specifications
+
+ private:
+    void run_destructors(REALobject object, const Class* type);
+    void retire(Memory handle);
+    void read_members(Class& type, const REALclassDefinition& record);
+};
+
+// True for the class itself and for what is below it.
+bool is_a(const Class* type, const Class* super);
+
+// The offset of the byte behind the instance data of the class and its superclasses.
+size_t instance_size(const Class* type);
+
+Memory zeroed_memory(size_t size);
+
+// A file's entry point in a fresh image. Throws LoadError. The image stays: the host never unloads a bundle.
+using EntryPoint = void (*)(void* (*resolver)(const char* key));
+EntryPoint open_bundle(const std::filesystem::path& bundle);
+
+}  // namespace minihost
