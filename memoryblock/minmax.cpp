@@ -1,0 +1,36 @@
+// The smaller and the larger differ in the kernel only.
+#include "kernels/minmax.h"
+
+#include "memoryblock/members.h"
+#include "plugin/block.h"
+#include "plugin/exceptions.h"
+
+namespace memoryblock {
+namespace {
+
+REALboolean combine(decltype(kernels::minimum)* kernel, REALmemoryBlock block, const void* firstMem,
+                    const void* secondMem, int32_t BitSize, REALboolean Signed, int32_t offsetByte,
+                    int32_t lengthBytes) {
+    if (!block) return RaiseNilBlock(), false;
+    if (!firstMem || !secondMem) return RaiseNilPointer(), false;
+    if (offsetByte < 0) return RaiseNegativeOffset(), false;
+    const rbBuffer held(block);
+    const int64_t length = or_rest(held.length(), offsetByte, lengthBytes);
+    const Range range = held.data() ? cut(held.length(), offsetByte, length) : Range{};
+    return kernel(held.data() + range.first, static_cast<const uint8_t*>(firstMem),
+                  static_cast<const uint8_t*>(secondMem), range.count, BitSize, Signed != 0);
+}
+
+}  // namespace
+
+REALboolean MinZOR(REALmemoryBlock block, void* firstMem, void* secondMem, int32_t BitSize,
+                   REALboolean Signed, int32_t offsetByte, int32_t lengthBytes) {
+    return combine(kernels::minimum, block, firstMem, secondMem, BitSize, Signed, offsetByte, lengthBytes);
+}
+
+REALboolean MaxZOR(REALmemoryBlock block, void* firstMem, void* secondMem, int32_t BitSize,
+                   REALboolean Signed, int32_t offsetByte, int32_t lengthBytes) {
+    return combine(kernels::maximum, block, firstMem, secondMem, BitSize, Signed, offsetByte, lengthBytes);
+}
+
+}  // namespace memoryblock
