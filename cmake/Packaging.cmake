@@ -1,5 +1,7 @@
-# `cmake --install` and the CPack archive: the bundle, the program and the documents.
+# `cmake --install` and the CPack archive: the bundle, minihost, the examples and the documents.
 install(TARGETS MemoryBlockZOR LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(TARGETS minihost RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 
 set(CPACK_GENERATOR TGZ)

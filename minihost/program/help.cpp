@@ -1,0 +1,87 @@
+#include "minihost/program/help.h"
+
+#include <algorithm>
+#include <ostream>
+#include <vector>
+
+#include "minihost/program/functions.h"
+#include "minihost/program/names.h"
+
+namespace minihost {
+namespace {
+
+// One declaration and where it belongs.
+struct Entry {
+    std::string owner;  // empty for functions
+    std::string name;
+    std::string text;
+};
+
+Entry entry_of(const Method& method) {
+    return {method.owner, method.declaration.name,
+            method.declaration.text + (method.setter ? "   (can be assigned)" : "")};
+}
+
+// What the bundle registered, in its order; the members that only the host has are left out.
+std::vector<Entry> registered(const Host& host) {
+    std::vector<Entry> entries;
+    for (const REALclassDefinition* record : host.registered_classes()) {
+        const Class* type = host.find_class(record->name);
+        for (const Property& property : type->properties) {
+            entries.push_back({type->name, property.name,
+                               property.name + " as " + to_string(property.type) + "   (read only)"});
+        }
+        for (const Method& method : type->methods) entries.push_back(entry_of(method));
+    }
+    for (const Method& method : host.globals()) entries.push_back(entry_of(method));
+    return entries;
+}
+
+std::vector<Entry> brought_along() {
+    std::vector<Entry> entries;
+    for (const BuiltIn& built_in : built_ins()) {
+        const Declaration& declaration = built_in.callable.declaration;
+        entries.push_back({built_in.owner, declaration.name,
+                           declaration.text + (built_in.callable.set ? "   (can be assigned)" : "")});
+    }
+    return entries;
+}
+
+void print_entries(std::ostream& out, const std::vector<Entry>& entries) {
+    std::string owner = "none";
+    for (const Entry& entry : entries) {
+        if (entry.owner != owner) out << (entry.owner.empty() ? "Functions" : entry.owner) << '\n';
+        owner = entry.owner;
+        out << "  " << entry.text << '\n';
+    }
+}
+
+}  // namespace
+
+void print_help(Runtime& runtime, const std::string& name) {
+    std::vector<Entry> entries = registered(runtime.host);
+    if (name.empty()) {
+        print_entries(runtime.out, entries);
+        runtime.out << "\nBrought along by minihost (help Name shows more):\n ";
+        for (const std::string& function : function_names(runtime.host)) runtime.out << ' ' << function;
+        runtime.out << '\n';
+        return;
+    }
+    const std::vector<Entry> more = brought_along();
+    entries.insert(entries.end(), more.begin(), more.end());
+    std::vector<std::string> known;
+    for (const Entry& entry : entries) known.insert(known.end(), {entry.name, entry.owner});
+    std::erase_if(entries, [&](const Entry& entry) {
+        return !same_name(entry.name, name) && !same_name(entry.owner, name);
+    });
+    if (entries.empty()) runtime.out << "there is nothing called " << name << suggestion(name, known) << '\n';
+    print_entries(runtime.out, entries);
+}
+
+bool report_references(const Host& host, std::ostream& out) {
+    for (const std::string& line : host.open_references()) out << "not given back: " << line << '\n';
+    for (const std::string& fault : host.faults()) out << "fault: " << fault << '\n';
+    return !host.open_references().empty() || !host.faults().empty();
+}
+
+}  // namespace minihost

@@ -1,0 +1,185 @@
+#include "minihost/program/lexer.h"
+
+#include <algorithm>
+#include <charconv>
+#include <limits>
+
+#include "minihost/program/names.h"
+
+namespace minihost {
+namespace {
+
+bool is_digit(char c) { return c >= '0' && c <= '9'; }
+bool is_letter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; }
+bool is_name(char c) { return is_letter(c) || is_digit(c); }
+bool is_blank(char c) { return c == ' ' || c == '\t' || c == '\r'; }
+
+// The narrowest of the host's types that holds the number.
+Value integer(uint64_t number) {
+    if (number <= uint64_t(std::numeric_limits<int32_t>::max())) return int32_t(number);
+    if (number <= uint64_t(std::numeric_limits<int64_t>::max())) return int64_t(number);
+    return number;
+}
+
+class Lexer {
+    using Kind = Token::Kind;
+
+ public:
+    explicit Lexer(std::string_view text) : text_(text) {}
+
+    std::vector<Token> run() {
+        while (at_ < text_.size()) next();
+        add(Kind::LineEnd, 0);
+        add(Kind::End, 0);
+        return std::move(tokens_);
+    }
+
+ private:
+    char peek(size_t ahead = 0) const { return at_ + ahead < text_.size() ? text_[at_ + ahead] : '\0'; }
+    size_t length_while(bool (*wanted)(char), size_t from = 0) const {
+        while (at_ + from < text_.size() && wanted(text_[at_ + from])) ++from;
+        return from;
+    }
+
+    Position position() const {
+        const std::string_view before = text_.substr(line_start_, at_ - line_start_);
+        const auto characters =
+            std::count_if(before.begin(), before.end(), [](char c) { return (uint8_t(c) & 0xC0) != 0x80; });
+        return {line_, int(characters) + 1};
+    }
+
+    [[noreturn]] void fail(const std::string& what) const { throw ScriptError(position(), what); }
+
+    Token& add(Kind kind, size_t length) {
+        tokens_.push_back({kind, std::string(text_.substr(at_, length)), position()});
+        at_ += length;
+        return tokens_.back();
+    }
+
+    void next() {
+        const char c = peek();
+        if (c == '\n') return end_line();
+        if (is_blank(c)) return void(++at_);
+        if (c == '\'' || (c == '/' && peek(1) == '/')) return skip_comment();
+        if (c == '_' && !is_name(peek(1))) return continue_line();
+        if (c == '"') return string();
+        if (c == '&') return based_number();
+        if (is_digit(c) || (c == '.' && is_digit(peek(1)))) return number();
+        if (is_letter(c)) return void(add(Kind::Name, length_while(is_name)));
+        symbol();
+    }
+
+    void start_line() {
+        ++at_;
+        ++line_;
+        line_start_ = at_;
+    }
+
+    void end_line() {
+        add(Kind::LineEnd, 0);
+        start_line();
+    }
+
+    void skip_comment() { at_ = std::min(text_.find('\n', at_), text_.size()); }
+
+    void continue_line() {
+        const Position start = position();
+        ++at_;
+        at_ += length_while(is_blank);
+        if (peek() == '\'' || (peek() == '/' && peek(1) == '/')) skip_comment();
+        if (at_ + 1 >= text_.size()) throw IncompleteScript(start, "the continued line is missing");
+        if (peek() != '\n') fail("expected the end of the line behind \"_\"");
+        start_line();
+    }
+
+    void string() {
+        const Position start = position();
+        std::string content;
+        for (++at_; peek() != '"' || peek(1) == '"'; ++at_) {
+            if (at_ >= text_.size() || peek() == '\n')
+                throw ScriptError(start, "the string has no closing quotation mark");
+            if (peek() == '"') ++at_;
+            content += peek();
+        }
+        ++at_;
+        tokens_.push_back({Kind::String, content, start});
+    }
+
+    void based_number() {
+        const char letter = char(peek(1) | 0x20);
+        const int base = letter == 'h' ? 16 : letter == 'o' ? 8 : letter == 'b' ? 2 : 0;
+        if (base == 0) fail("expected &h, &o or &b and digits");
+        Token& token = add(Kind::Number, length_while(is_name, 2));
+        token.number = parse_integer(token, 2, base);
+    }
+
+    void number() {
+        size_t length = length_while(is_digit);
+        const size_t digits = length;
+        if (peek(length) == '.' && is_digit(peek(length + 1))) length = length_while(is_digit, length + 1);
+        if ((peek(length) | 0x20) == 'e') {
+            const size_t sign = peek(length + 1) == '+' || peek(length + 1) == '-' ? 1 : 0;
+            if (is_digit(peek(length + 1 + sign))) length = length_while(is_digit, length + 1 + sign);
+        }
+        Token& token = add(Kind::Number, length);
+        if (length == digits) {
+            token.number = parse_integer(token, 0, 10);
+        } else {
+            double value = 0;
+            const auto result = std::from_chars(token.text.data(), token.text.data() + length, value);
+            if (result.ec != std::errc()) throw ScriptError(token.at, "the number is out of range");
+            token.number = value;
+        }
+    }
+
+    static Value parse_integer(const Token& token, size_t skip, int base) {
+        uint64_t value = 0;
+        const char* end = token.text.data() + token.text.size();
+        const auto result = std::from_chars(token.text.data() + skip, end, value, base);
+        if (result.ec == std::errc::result_out_of_range)
+            throw ScriptError(token.at, "the number is out of range");
+        if (result.ec != std::errc() || result.ptr != end)
+            throw ScriptError(token.at, in_quotes(token.text) + " is no number");
+        return integer(value);
+    }
+
+    void symbol() {
+        if (peek() == ':') {
+            add(Kind::LineEnd, 1);
+            return;
+        }
+        const std::string_view pair = text_.substr(at_, 2);
+        if (pair == "<>" || pair == "<=" || pair == ">=") {
+            add(Kind::Symbol, 2);
+        } else if (std::string_view("+-*/\\^=<>().,;").find(peek()) != std::string_view::npos) {
+            add(Kind::Symbol, 1);
+        } else {
+            fail("unexpected character " + in_quotes(text_.substr(at_, 1)));
+        }
+    }
+
+    std::string_view text_;
+    size_t at_ = 0;
+    int line_ = 1;
+    size_t line_start_ = 0;
+    std::vector<Token> tokens_;
+};
+
+}  // namespace
+
+std::vector<Token> tokenize(std::string_view text) { return Lexer(text).run(); }
+
+std::string to_string(const Token& token) {
+    switch (token.kind) {
+        case Token::Kind::LineEnd:
+            return "end of line";
+        case Token::Kind::End:
+            return "end of the script";
+        case Token::Kind::String:
+            return "string " + in_quotes(token.text);
+        default:
+            return in_quotes(token.text);
+    }
+}
+
+}  // namespace minihost

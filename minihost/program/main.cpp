@@ -1,0 +1,150 @@
+// minihost runs scripts in the host's language against a bundle.
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+#include <iterator>
+
+#include "minihost/program/help.h"
+#include "minihost/program/prompt.h"
+#include "minihost/program/session.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int kFailed = 1;
+constexpr int kUsage = 2;
+
+struct CommandLine {
+    std::string plugin;
+    std::string host_version;
+    std::vector<std::string> without;
+    std::string statements;  // of -e
+    bool has_statements = false;
+    std::vector<std::string> rest;  // script and arguments
+};
+
+struct UsageError : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+// Beside the program, or where an installation puts it.
+fs::path default_bundle() {
+    std::error_code error;
+    const fs::path folder = fs::read_symlink("/proc/self/exe", error).parent_path();
+    const fs::path beside = folder / MINIHOST_BUNDLE_NAME;
+    return fs::exists(beside, error)
+               ? beside
+               : (folder / MINIHOST_BUNDLE_FOLDER / MINIHOST_BUNDLE_NAME).lexically_normal();
+}
+
+minihost::Options host_options(const CommandLine& line) {
+    minihost::Options options;
+    options.without.insert(line.without.begin(), line.without.end());
+    if (line.host_version == "none") {
+        options.version.reset();
+    } else if (!line.host_version.empty()) {
+        size_t used = 0;
+        try {
+            options.version = std::stod(line.host_version, &used);
+        } catch (const std::exception&) {
+            used = 0;
+        }
+        if (used != line.host_version.size()) {
+            throw UsageError("--host-version takes a number or none, found " + line.host_version);
+        }
+    }
+    return options;
+}
+
+bool terminal_wants_colour() {
+    const char* no_colour = std::getenv("NO_COLOR");
+    return isatty(STDOUT_FILENO) && !(no_colour && *no_colour);
+}
+
+class Formatter : public CLI::Formatter {
+    std::string make_usage(const CLI::App*, std::string) const override {
+        return "Usage: minihost [OPTIONS] [SCRIPT [ARGUMENTS...]]\n";
+    }
+};
+
+// What the command line asks for: a line, a script, a prompt, or statements from standard input.
+void run(minihost::Host& host, const CommandLine& line) {
+    minihost::Settings settings{.arguments = line.rest, .colour = terminal_wants_colour()};
+    if (line.has_statements) {
+        minihost::Session(host, std::cout, settings).run("-e", line.statements);
+    } else if (!line.rest.empty()) {
+        const std::string script = line.rest[0];
+        settings.arguments.erase(settings.arguments.begin());
+        if (fs::path(script).has_parent_path()) settings.script_folder = fs::path(script).parent_path();
+        minihost::Session(host, std::cout, settings).run(script, minihost::read_file(script));
+    } else if (isatty(STDIN_FILENO)) {
+        settings.interactive = true;
+        minihost::Session session(host, std::cout, settings);
+        run_prompt(session);
+    } else {
+        const std::string statements{std::istreambuf_iterator<char>(std::cin), {}};
+        minihost::Session(host, std::cout, settings).run("stdin", statements);
+    }
+}
+
+int run(const CommandLine& line) {
+    minihost::Host host(host_options(line));
+    bool failed = false;
+    try {
+        host.load(line.plugin.empty() ? default_bundle() : fs::path(line.plugin));
+        run(host, line);
+    } catch (const std::runtime_error& error) {
+        std::cout << std::flush;
+        std::cerr << error.what() << '\n';
+        failed = true;
+    }
+    std::cout << std::flush;
+    if (!std::cout) {
+        std::cerr << "cannot write to standard output\n";
+        failed = true;
+    }
+    if (minihost::report_references(host, std::cerr)) failed = true;
+    return failed ? kFailed : EXIT_SUCCESS;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    CommandLine line;
+    CLI::App app("Runs scripts in the language of the host against the bundle " MINIHOST_BUNDLE_NAME
+                 ".\n"
+                 "Without SCRIPT: a prompt, or the statements from standard input.",
+                 "minihost");
+    app.formatter(std::make_shared<Formatter>());
+    auto* statements =
+        app.add_option("-e", line.statements, "Run these statements, separated by \":\" or new lines");
+    app.add_option("--plugin", line.plugin, "The bundle to load")->type_name("FILE");
+    app.add_option("--host-version", line.host_version,
+                   "The version that the host reports, or none for a host that reports none")
+        ->type_name("NUMBER");
+    app.add_option("--without", line.without, "A key that the host does not know; may be repeated")
+        ->type_name("KEY")
+        ->expected(1)
+        ->take_all();
+    statements->type_name("STATEMENTS");
+    app.set_version_flag("--version", "minihost " MINIHOST_VERSION);
+    app.prefix_command();  // what follows the script is the script's
+    try {
+        app.parse(argc, argv);
+        line.has_statements = statements->count() > 0;
+        line.rest = app.remaining();
+        if (!line.rest.empty() && line.rest[0].starts_with('-') && line.rest[0] != "--") {
+            throw UsageError("unknown option " + line.rest[0] + "; see minihost --help");
+        }
+        return run(line);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? EXIT_SUCCESS : kUsage;
+    } catch (const UsageError& error) {
+        std::cerr << "minihost: " << error.what() << '\n';
+        return kUsage;
+    }
+}

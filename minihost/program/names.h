@@ -1,0 +1,20 @@
+// Names that a script's author wrote, or misspelt.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "minihost/library/names.h"
+
+namespace minihost {
+
+std::string lower(std::string_view name);
+
+// The name in quotation marks.
+std::string in_quotes(std::string_view name);
+
+// "; did you mean FindByteZOR?" for the candidate that is most like `name`, or "" when none is alike.
+std::string suggestion(std::string_view name, const std::vector<std::string>& candidates);
+
+}  // namespace minihost

@@ -1,0 +1,644 @@
+#include "minihost/program/parser.h"
+
+#include <algorithm>
+#include <array>
+#include <initializer_list>
+#include <ostream>
+
+#include "minihost/program/help.h"
+#include "minihost/program/names.h"
+
+namespace minihost {
+namespace {
+
+constexpr int kDeepest = 200;   // levels of parentheses and blocks
+constexpr int kLongest = 1000;  // operands and members in one statement
+
+using Words = std::initializer_list<std::string_view>;
+
+struct Operator {
+    std::string_view text;
+    int strength;
+};
+constexpr int kNot = 3;
+constexpr int kNegation = 7;
+constexpr std::array<Operator, 17> kOperators{{
+    {"or", 1},
+    {"xor", 1},
+    {"and", 2},
+    {"=", 4},
+    {"<>", 4},
+    {"<", 4},
+    {"<=", 4},
+    {">", 4},
+    {">=", 4},
+    {"is", 4},
+    {"+", 5},
+    {"-", 5},
+    {"*", 6},
+    {"/", 6},
+    {"\\", 6},
+    {"mod", 6},
+    {"^", 8},
+}};
+
+// Does something when its block is left.
+template <class Function>
+struct Finally {
+    Function action;
+    explicit Finally(Function given) : action(given) {}
+    Finally(const Finally&) = delete;
+    Finally& operator=(const Finally&) = delete;
+    ~Finally() { action(); }
+};
+
+class Parser {
+ public:
+    Parser(std::string_view text, Runtime& runtime, Scopes& scopes, bool interactive)
+        : tokens_(tokenize(text)),
+          runtime_(runtime),
+          host_(runtime.host),
+          scopes_(scopes),
+          interactive_(interactive) {}
+
+    Block script() {
+        Block block = statements({}, "");
+        if (!at_end()) fail_unexpected("a statement");
+        return block;
+    }
+
+ private:
+    // --- Tokens
+
+    const Token& peek(size_t ahead = 0) const { return tokens_[std::min(next_ + ahead, tokens_.size() - 1)]; }
+    Token take() { return tokens_[next_++]; }
+    bool at_end() const { return peek().kind == Token::Kind::End; }
+    bool at_line_end() const { return peek().kind == Token::Kind::LineEnd; }
+
+    static bool is(const Token& token, std::string_view text) {
+        return (token.kind == Token::Kind::Name || token.kind == Token::Kind::Symbol) &&
+               same_name(token.text, text);
+    }
+    bool next_is(Words words) const {
+        return std::any_of(words.begin(), words.end(),
+                           [&](std::string_view word) { return is(peek(), word); });
+    }
+    bool accept(std::string_view text) {
+        const bool found = is(peek(), text);
+        if (found) ++next_;
+        return found;
+    }
+    void expect(std::string_view text) {
+        if (!accept(text)) fail_unexpected(in_quotes(text));
+    }
+    Token expect_name(const std::string& what) {
+        if (peek().kind != Token::Kind::Name || is_keyword(peek())) fail_unexpected(what);
+        return take();
+    }
+    void expect_line_end() {
+        if (!at_line_end()) fail_unexpected("the end of the statement");
+        ++next_;
+    }
+    [[noreturn]] void fail_unexpected(const std::string& expected) const {
+        throw ScriptError(peek().at, "expected " + expected + ", found " + to_string(peek()));
+    }
+    static bool is_keyword(const Token& token) {
+        return token.kind == Token::Kind::Name &&
+               std::any_of(keywords().begin(), keywords().end(),
+                           [&](const auto& word) { return same_name(token.text, word); });
+    }
+
+    // --- Names
+
+    const Variable* find_variable(const std::string& name) const {
+        for (auto scope = scopes_.rbegin(); scope != scopes_.rend(); ++scope) {
+            const auto found = scope->find(lower(name));
+            if (found != scope->end()) return &found->second;
+        }
+        return nullptr;
+    }
+
+    const Variable& declare(const Token& name, const Type& type) {
+        const bool anew = interactive_ && scopes_.size() == 1;
+        if (scopes_.back().contains(lower(name.text)) && !anew) {
+            throw ScriptError(name.at, name.text + " is declared already");
+        }
+        runtime_.variables.push_back(default_value(type));
+        return scopes_.back()[lower(name.text)] = {name.text, type, runtime_.variables.size() - 1};
+    }
+
+    Type type() {
+        const Token name = expect_name("a type");
+        const Type built_in = parse_type(name.text);
+        if (built_in.kind != Kind::Object) return built_in;
+        if (const Class* found = host_.find_class(name.text)) return object_type(found->name);
+        std::vector<std::string> known{"Integer", "Int64", "UInt64", "Double", "Boolean", "String", "Ptr"};
+        for (const Class* found : host_.classes()) known.push_back(found->name);
+        throw ScriptError(name.at, "there is no type " + name.text + suggestion(name.text, known));
+    }
+
+    // --- Nesting
+
+    // One level of parentheses or blocks, until the result goes.
+    auto deeper() {
+        if (depth_ == kDeepest) {
+            throw ScriptError(peek().at,
+                              "more than " + std::to_string(kDeepest) + " levels inside each other");
+        }
+        ++depth_;
+        return Finally([this] { --depth_; });
+    }
+
+    auto new_scope() {
+        scopes_.emplace_back();
+        return Finally([this] { scopes_.pop_back(); });
+    }
+
+    // --- Expressions
+
+    Expression expression(int weakest = 0) {
+        const auto level = deeper();
+        Expression left = prefix();
+        for (;;) {
+            const auto found = std::find_if(kOperators.begin(), kOperators.end(),
+                                            [&](const Operator& op) { return is(peek(), op.text); });
+            if (found == kOperators.end() || found->strength <= weakest) return left;
+            const Token op = take();
+            left = binary(op, std::move(left), expression(found->strength));
+        }
+    }
+
+    Expression prefix() {
+        if (next_is({"-", "not"})) {
+            const Token op = take();
+            return unary(op, expression(op.text == "-" ? kNegation : kNot));
+        }
+        return postfix();
+    }
+
+    // An operand and the members that are asked of it. At the start of a statement the last one may have its
+    // arguments without parentheses.
+    Expression postfix(bool starts_statement = false) {
+        Expression result = operand(starts_statement);
+        while (accept(".")) {
+            count_operand();
+            const Token name = take_member();
+            result = member(std::move(result), name, starts_statement);
+        }
+        return result;
+    }
+
+    Token take_member() {
+        if (peek().kind != Token::Kind::Name) fail_unexpected("a member's name");
+        return take();
+    }
+
+    Expression member(Expression object, const Token& name, bool starts_statement) {
+        const std::string& owner = object.type.class_name;
+        if (object.type.kind != Kind::Object || owner.empty()) {
+            throw ScriptError(name.at, "a value of type " + type_name(object.type) + " has no members");
+        }
+        const auto overloads = find_members(host_, owner, name.text);
+        if (overloads.empty()) {
+            throw ScriptError(name.at, owner + " has no member " + name.text +
+                                           suggestion(name.text, member_names(host_, owner)));
+        }
+        return call(host_, name, overloads, std::move(object), arguments(starts_statement));
+    }
+
+    Expression operand(bool starts_statement) {
+        count_operand();
+        const Token token = peek();
+        if (token.kind == Token::Kind::Number) {
+            ++next_;
+            return number_constant(token);
+        }
+        if (token.kind == Token::Kind::String) return text_constant(take());
+        if (accept("(")) {
+            Expression inner = expression();
+            expect(")");
+            inner.assign = {};
+            return inner;
+        }
+        if (accept("true") || accept("false")) return constant(token.at, kBoolean, is(token, "true"));
+        if (accept("nil")) return constant(token.at, kNil, ObjectRef());
+        if (accept("new")) return construction();
+        return named(expect_name("a value"), starts_statement);
+    }
+
+    static Expression number_constant(const Token& token) {
+        static constexpr std::array kKinds{Kind::Nothing, Kind::Integer, Kind::Int64, Kind::UInt64,
+                                           Kind::Double};
+        return constant(token.at, {kKinds[token.number.index()], ""}, token.number);
+    }
+
+    // Bounds how deep the functions of one statement can call each other when it runs.
+    void count_operand() {
+        if (++operands_ > kLongest) {
+            throw ScriptError(peek().at,
+                              "more than " + std::to_string(kLongest) + " operands in one statement");
+        }
+    }
+
+    Expression named(const Token& name, bool starts_statement) {
+        if (const Variable* found = find_variable(name.text))
+            return variable(name.at, found->type, found->slot);
+        const auto overloads = find_functions(host_, name.text);
+        if (!overloads.empty()) return call(host_, name, overloads, {}, arguments(starts_statement));
+        std::vector<std::string> known = function_names(host_);
+        for (const auto& scope : scopes_) {
+            for (const auto& [key, declared] : scope) known.push_back(declared.name);
+        }
+        throw ScriptError(name.at,
+                          "there is no variable or function " + name.text + suggestion(name.text, known));
+    }
+
+    // The class and its arguments, behind New.
+    Expression construction() {
+        const Token name = peek();
+        const Type created = type();
+        if (created.kind != Kind::Object) throw ScriptError(name.at, type_name(created) + " is no class");
+        return call(host_, name, find_constructors(host_, created.class_name), {}, arguments(false));
+    }
+
+    std::vector<Expression> arguments(bool starts_statement) {
+        std::vector<Expression> list;
+        if (accept("(")) {
+            if (accept(")")) return list;
+            do list.push_back(expression());
+            while (accept(","));
+            expect(")");
+        } else if (starts_statement && starts_operand()) {
+            do list.push_back(expression());
+            while (accept(","));
+        }
+        return list;
+    }
+
+    bool starts_operand() const {
+        const Token& token = peek();
+        return token.kind == Token::Kind::Number || token.kind == Token::Kind::String ||
+               next_is({"true", "false", "nil", "new", "not"}) ||
+               (token.kind == Token::Kind::Name && !is_keyword(token));
+    }
+
+    Evaluate condition() { return converted(host_, expression(), kBoolean, "a condition").evaluate; }
+
+    // --- Blocks
+
+    // The statements up to one of the words, which is left to be read. `opened` is the word that began the
+    // block.
+    Block statements(Words closing, const std::string& opened) {
+        const Position start = next_ > 0 ? tokens_[next_ - 1].at : peek().at;
+        Block block;
+        for (;;) {
+            while (at_line_end()) ++next_;
+            if (next_is(closing)) return block;
+            if (at_end()) {
+                if (closing.size() > 0) throw IncompleteScript(start, opened + " is not closed");
+                return block;
+            }
+            if (closing.size() == 0 && next_is({"end", "else", "elseif", "next", "wend", "catch"}))
+                return block;
+            block.push_back(statement());
+            expect_line_end();
+        }
+    }
+
+    // The same with variables of its own.
+    Block block(Words closing, const std::string& opened) {
+        const auto level = deeper();
+        const auto scope = new_scope();
+        return statements(closing, opened);
+    }
+
+    void expect_end(std::string_view word) {
+        expect("end");
+        expect(word);
+    }
+
+    // --- Statements
+
+    Statement statement() {
+        using Rule = Action (Parser::*)();
+        static constexpr std::array<std::pair<std::string_view, Rule>, 8> kRules{{
+            {"dim", &Parser::dim},
+            {"print", &Parser::print},
+            {"if", &Parser::if_},
+            {"for", &Parser::for_},
+            {"while", &Parser::while_},
+            {"exit", &Parser::exit},
+            {"continue", &Parser::continue_},
+            {"try", &Parser::try_},
+        }};
+        operands_ = 0;
+        const int line = peek().at.line;
+        for (const auto& [word, rule] : kRules) {
+            if (accept(word)) return {line, (this->*rule)()};
+        }
+        if (is_command("help")) return {line, help()};
+        if (is_command("references")) return {line, references()};
+        return {line, simple()};
+    }
+
+    // A word that is a statement of its own unless a variable bears the name.
+    bool is_command(std::string_view word) const {
+        return is(peek(), word) && !find_variable(peek().text) &&
+               (peek(1).kind == Token::Kind::LineEnd || peek(1).kind == Token::Kind::Name);
+    }
+
+    // Dim name [, name] As [New] Type [(arguments)] [= value] [, ...]
+    Action dim() {
+        std::vector<std::pair<size_t, Evaluate>> assignments;
+        do {
+            std::vector<Token> names;
+            do names.push_back(expect_name("a variable's name"));
+            while (accept(","));
+            expect("as");
+            const bool creates = accept("new");
+            std::optional<Expression> value;
+            Type declared;
+            if (creates) {
+                value = construction();
+                declared = value->type;
+            } else {
+                declared = type();
+                value = constant(peek().at, declared, default_value(declared));
+                if (accept("=")) value = converted(host_, expression(), declared, names[0].text);
+            }
+            for (const Token& name : names)
+                assignments.emplace_back(declare(name, declared).slot, value->evaluate);
+        } while (accept(","));
+        return [assignments](Runtime& runtime) {
+            for (const auto& [slot, evaluate] : assignments) runtime.variables[slot] = evaluate(runtime);
+            return Flow::Next;
+        };
+    }
+
+    Action print() {
+        std::vector<Expression> parts;
+        if (!at_line_end() && !next_is({"else"})) {
+            do parts.push_back(shown(expression()));
+            while (accept(";"));
+        }
+        return print_statement(std::move(parts));
+    }
+
+    static Expression shown(Expression value) {
+        if (value.type.kind == Kind::Nothing) throw ScriptError(value.at, "the call has no result to print");
+        return value;
+    }
+
+    // A block on its own is shown byte by byte.
+    static Action print_statement(std::vector<Expression> parts) {
+        if (parts.size() == 1 && same_name(parts[0].type.class_name, "MemoryBlock")) {
+            return [block = parts[0].evaluate](Runtime& runtime) {
+                print_block(runtime, std::get<ObjectRef>(block(runtime)));
+                return Flow::Next;
+            };
+        }
+        return [parts = std::move(parts)](Runtime& runtime) {
+            std::string line;
+            for (const Expression& part : parts) line += show(runtime, part.evaluate(runtime));
+            runtime.out << line << '\n';
+            return Flow::Next;
+        };
+    }
+
+    // Assignment, call, or, where that is wanted, an expression whose value is shown.
+    Action simple() {
+        const size_t start = next_;
+        Expression target = postfix(true);
+        if (accept("=")) return assignment(std::move(target));
+        const bool ended = at_line_end() || next_is({"else"});
+        const bool called = target.type.kind == Kind::Nothing;
+        if (interactive_ && !(ended && called)) {
+            next_ = start;
+            return print_statement({shown(expression())});
+        }
+        if (!ended) fail_unexpected("\"=\" or the end of the statement");
+        if (!target.is_call) throw ScriptError(target.at, "a value alone is no statement");
+        return [evaluate = std::move(target.evaluate)](Runtime& runtime) {
+            evaluate(runtime);
+            return Flow::Next;
+        };
+    }
+
+    Action assignment(Expression target) {
+        if (!target.assign) throw ScriptError(target.at, "this cannot be assigned");
+        Expression value = converted(host_, expression(), target.type, "the assignment");
+        return [assign = std::move(target.assign), evaluate = std::move(value.evaluate)](Runtime& runtime) {
+            assign(runtime, evaluate(runtime));
+            return Flow::Next;
+        };
+    }
+
+    Action if_() {
+        struct Branch {
+            Evaluate condition;
+            Block block;
+        };
+        std::vector<Branch> branches;
+        const auto run_branches = [](const std::vector<Branch>& all, Runtime& runtime) {
+            for (const Branch& branch : all) {
+                if (!branch.condition || std::get<bool>(branch.condition(runtime)))
+                    return run(branch.block, runtime);
+            }
+            return Flow::Next;
+        };
+        do {
+            Evaluate condition_ = condition();
+            expect("then");
+            if (branches.empty() && !at_line_end()) {
+                branches.push_back({std::move(condition_), {single()}});
+                if (accept("else")) branches.push_back({{}, {single()}});
+                return [=](Runtime& runtime) { return run_branches(branches, runtime); };
+            }
+            Block body = block({"elseif", "else", "end"}, "If");
+            branches.push_back({std::move(condition_), std::move(body)});
+        } while (accept("elseif"));
+        if (accept("else")) branches.push_back({{}, block({"end"}, "Else")});
+        expect_end("if");
+        return [=](Runtime& runtime) { return run_branches(branches, runtime); };
+    }
+
+    Statement single() {
+        const auto level = deeper();
+        return statement();
+    }
+
+    // For name [As Type] = first To|DownTo last [Step step] ... Next [name]
+    Action for_() {
+        const auto level = deeper();
+        const auto scope = new_scope();
+        const Token name = expect_name("a variable's name");
+        if (accept("as")) declare(name, type());
+        const Expression counter = named(name, false);
+        const bool real = counter.type == kDouble;
+        if (!is_number(counter.type) || counter.type.kind == Kind::UInt64 || !find_variable(name.text)) {
+            throw ScriptError(name.at, "For takes a variable of type Integer, Int64 or Double");
+        }
+        const Type& steps = real ? kDouble : kInt64;
+        const auto bound = [&] { return converted(host_, expression(), steps, "For").evaluate; };
+        expect("=");
+        const Evaluate first = bound();
+        const bool down = next_is({"downto"});
+        if (!down && !next_is({"to"})) fail_unexpected("\"To\" or \"DownTo\"");
+        ++next_;
+        const Evaluate last = bound();
+        Evaluate step = constant(name.at, steps, convert(int32_t{1}, steps)).evaluate;
+        if (accept("step")) step = bound();
+        const Block body = loop("For", "next");
+        if (!at_line_end()) expect(name.text);
+        const size_t slot = find_variable(name.text)->slot;
+        if (real) return counting<double>(slot, counter.type, first, last, step, down, body);
+        return counting<int64_t>(slot, counter.type, first, last, step, down, body);
+    }
+
+    template <class Number>
+    static Action counting(size_t slot, Type type, Evaluate first, Evaluate last, Evaluate step, bool down,
+                           Block body) {
+        return [=](Runtime& runtime) {
+            auto value = std::get<Number>(first(runtime));
+            const auto end = std::get<Number>(last(runtime));
+            const auto given = std::get<Number>(step(runtime));
+            if (given == 0) raise(runtime, "RuntimeException", "a Step of 0 never ends");
+            const Number by = down ? -given : given;
+            while (by > 0 ? value <= end : value >= end) {
+                runtime.variables[slot] = convert(value, type);
+                if (run(body, runtime) == Flow::Exit) break;
+                value = number<Number>(runtime.variables[slot]);
+                if (by > 0 ? value > end - by : value < end - by) break;
+                value += by;
+            }
+            return Flow::Next;
+        };
+    }
+
+    Action while_() {
+        const int line = peek().at.line;
+        const Evaluate goes_on = condition();
+        const Block body = loop("While", "wend");
+        return [=](Runtime& runtime) {
+            while (std::get<bool>(goes_on(runtime))) {
+                if (run(body, runtime) == Flow::Exit) break;
+                runtime.line = line;
+            }
+            return Flow::Next;
+        };
+    }
+
+    Block loop(const std::string& opened, std::string_view closing) {
+        loops_.push_back(opened);
+        const Finally leave([this] { loops_.pop_back(); });
+        Block body = block({closing}, opened);
+        expect(closing);
+        return body;
+    }
+
+    Action leave_loop(Flow flow) {
+        const Token& word = tokens_[next_ - 1];
+        if (loops_.empty()) throw ScriptError(word.at, word.text + " stands outside of loops");
+        if (next_is({"for", "while"}) && !accept(loops_.back())) fail_unexpected(in_quotes(loops_.back()));
+        return [flow](Runtime&) { return flow; };
+    }
+    Action exit() { return leave_loop(Flow::Exit); }
+    Action continue_() { return leave_loop(Flow::Continue); }
+
+    // Try ... Catch [name [As Class]] ... End Try
+    Action try_() {
+        struct Clause {
+            std::string class_name = "RuntimeException";
+            std::optional<size_t> slot = {};
+            Block block = {};
+        };
+        const Block body = block({"catch", "end"}, "Try");
+        std::vector<Clause> clauses;
+        while (accept("catch")) {
+            Clause& clause = clauses.emplace_back();
+            const auto scope = new_scope();
+            if (!at_line_end()) {
+                const Token name = expect_name("a variable's name");
+                const Token class_name = accept("as") ? peek() : name;
+                const Type caught = is(tokens_[next_ - 1], "as") ? type() : object_type(clause.class_name);
+                if (fit(host_, object_type(clause.class_name), caught) == Fit::No) {
+                    throw ScriptError(class_name.at, type_name(caught) + " is no exception");
+                }
+                clause.class_name = caught.class_name;
+                clause.slot = declare(name, caught).slot;
+            }
+            clause.block = block({"catch", "end"}, "Catch");
+        }
+        expect_end("try");
+        return [=](Runtime& runtime) {
+            try {
+                return run(body, runtime);
+            } catch (const HostException& exception) {
+                for (const Clause& clause : clauses) {
+                    if (!runtime.host.is_a(exception.object.get(), clause.class_name)) continue;
+                    if (clause.slot) runtime.variables[*clause.slot] = exception.object;
+                    return run(clause.block, runtime);
+                }
+                throw;
+            }
+        };
+    }
+
+    // --- Commands
+
+    Action help() {
+        ++next_;
+        std::string name;
+        while (peek().kind == Token::Kind::Name) {
+            name = take().text;
+            accept(".");
+        }
+        return [name](Runtime& runtime) {
+            print_help(runtime, name);
+            return Flow::Next;
+        };
+    }
+
+    Action references() {
+        ++next_;
+        return [](Runtime& runtime) {
+            report_references(runtime.host, runtime.out);
+            return Flow::Next;
+        };
+    }
+
+    std::vector<Token> tokens_;
+    size_t next_ = 0;
+    Runtime& runtime_;
+    Host& host_;
+    Scopes& scopes_;
+    bool interactive_;
+    int depth_ = 0;
+    int operands_ = 0;                // in the statement
+    std::vector<std::string> loops_;  // that are open, by the words that began them
+};
+
+}  // namespace
+
+Flow run(const Block& block, Runtime& runtime) {
+    for (const Statement& statement : block) {
+        runtime.line = statement.line;
+        const Flow flow = statement.run(runtime);
+        if (flow != Flow::Next) return flow;
+    }
+    return Flow::Next;
+}
+
+Block parse(std::string_view text, Runtime& runtime, Scopes& scopes, bool interactive) {
+    return Parser(text, runtime, scopes, interactive).script();
+}
+
+const std::vector<std::string>& keywords() {
+    static const std::vector<std::string> words{
+        "And",   "As",   "Catch", "Continue", "Dim",  "DownTo", "Else", "ElseIf", "End", "Exit",
+        "False", "For",  "If",    "Is",       "Mod",  "New",    "Next", "Nil",    "Not", "Or",
+        "Print", "Step", "Then",  "To",       "True", "Try",    "Wend", "While",  "Xor"};
+    return words;
+}
+
+}  // namespace minihost

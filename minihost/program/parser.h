@@ -1,0 +1,43 @@
+// Reads a script and settles what it means: names become slots and members, statements become functions that
+// only need to be run.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "minihost/program/expressions.h"
+
+namespace minihost {
+
+// How a statement ended: with the next one, or by leaving the loop around it.
+enum class Flow { Next, Exit, Continue };
+
+using Action = std::function<Flow(Runtime&)>;
+
+struct Statement {
+    int line;
+    Action run;
+};
+
+using Block = std::vector<Statement>;
+Flow run(const Block& block, Runtime& runtime);
+
+// The variables that can be seen, innermost block last.
+struct Variable {
+    std::string name;
+    Type type;
+    size_t slot;
+};
+using Scopes = std::vector<std::map<std::string, Variable>>;  // by name in lower case
+
+// Parses a whole script. New variables get slots in `runtime`, at the outermost level for good. An
+// interactive text may declare a variable anew, and an expression on its own is shown. Throws ScriptError.
+Block parse(std::string_view text, Runtime& runtime, Scopes& scopes, bool interactive);
+
+// The words that are no names.
+const std::vector<std::string>& keywords();
+
+}  // namespace minihost

@@ -1,0 +1,167 @@
+#include "minihost/program/runtime.h"
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <ostream>
+
+#include "minihost/library/state.h"
+#include "minihost/program/names.h"
+
+namespace minihost {
+namespace {
+
+bool derives(Host& host, const std::string& found, const std::string& declared) {
+    for (const Class* type = host.find_class(found); type; type = type->super) {
+        if (same_name(type->name, declared)) return true;
+    }
+    return false;
+}
+
+std::string show_double(double number) {
+    std::array<char, 32> buffer{};
+    std::snprintf(buffer.data(), buffer.size(), "%.7g", number);
+    return buffer.data();
+}
+
+std::string show_object(Runtime& runtime, REALobject object) {
+    Host& host = runtime.host;
+    if (!object) return "Nil";
+    const std::string& name = host.class_of(object).name;
+    if (same_name(name, "FolderItem")) return host.path_of(object).string();
+    if (same_name(name, "MemoryBlock"))
+        return name + " (" + std::to_string(host.block_size(object)) + " bytes)";
+    return name;
+}
+
+template <class... Functions>
+struct Overloaded : Functions... {
+    using Functions::operator()...;
+};
+
+}  // namespace
+
+void raise(Runtime& runtime, std::string_view class_name, std::string_view message) {
+    ObjectRef exception = runtime.host.new_instance(class_name);
+    const auto text = std::get<StringRef>(utf8_string(runtime, message));
+    runtime.host.state().live(exception.get())->message = text;
+    throw HostException(std::move(exception));
+}
+
+Type object_type(std::string_view class_name) { return {Kind::Object, std::string(class_name)}; }
+
+std::string type_name(const Type& type) { return type == kNil ? "Nil" : to_string(type); }
+
+bool is_whole(const Type& type) {
+    return type.kind == Kind::Integer || type.kind == Kind::Int64 || type.kind == Kind::UInt64;
+}
+
+bool is_number(const Type& type) { return is_whole(type) || type.kind == Kind::Double; }
+
+Fit fit(Host& host, const Type& declared, const Type& found) {
+    if (found.kind == Kind::Nothing) return Fit::No;
+    if (same_name(declared.class_name, "Variant")) return Fit::Whole;
+    if (is_number(declared) && is_number(found)) {
+        return found.kind <= declared.kind ? Fit::Whole : Fit::Narrowed;
+    }
+    if (found == kNil) {
+        return declared.kind == Kind::Object || declared.kind == Kind::Ptr ? Fit::Whole : Fit::No;
+    }
+    if (declared.kind == Kind::Ptr && same_name(found.class_name, "MemoryBlock")) return Fit::Whole;
+    if (declared.kind != found.kind) return Fit::No;
+    const bool fits = declared.kind != Kind::Object || derives(host, found.class_name, declared.class_name);
+    return fits ? Fit::Whole : Fit::No;
+}
+
+Value default_value(const Type& type) {
+    switch (type.kind) {
+        case Kind::Integer:
+            return int32_t{};
+        case Kind::Int64:
+            return int64_t{};
+        case Kind::UInt64:
+            return uint64_t{};
+        case Kind::Double:
+            return double{};
+        case Kind::Boolean:
+            return false;
+        case Kind::String:
+            return StringRef();
+        case Kind::Ptr:
+            return Pointer();
+        case Kind::Object:
+            return ObjectRef();
+        case Kind::Nothing:
+            break;
+    }
+    return {};
+}
+
+Value convert(Value value, const Type& type) {
+    if (is_number(type)) {
+        return with_number(type.kind, [&](auto zero) -> Value { return number<decltype(zero)>(value); });
+    }
+    if (same_name(type.class_name, "Variant")) return value;
+    const auto* object = std::get_if<ObjectRef>(&value);
+    if (std::holds_alternative<std::monostate>(value) || (object && !*object)) return default_value(type);
+    if (type.kind == Kind::Ptr && object) return Pointer{Host::current().block_data(object->get())};
+    return value;
+}
+
+std::string show(Runtime& runtime, const Value& value) {
+    return std::visit(Overloaded{
+                          [](std::monostate) -> std::string { return "Nil"; },
+                          [](bool truth) -> std::string { return truth ? "True" : "False"; },
+                          [](double number) { return show_double(number); },
+                          [](auto number) { return std::to_string(number); },
+                          [](Pointer pointer) -> std::string {
+                              if (!pointer.address) return "Nil";
+                              std::array<char, 32> buffer{};
+                              std::snprintf(buffer.data(), buffer.size(), "%p", pointer.address);
+                              return buffer.data();
+                          },
+                          [&](const StringRef& string) -> std::string {
+                              if (!string) return "";
+                              const auto text = runtime.host.text_of(string.get(), *encoding_number("UTF-8"));
+                              return text ? *text : std::string(runtime.host.bytes_of(string.get()));
+                          },
+                          [&](const ObjectRef& object) { return show_object(runtime, object.get()); },
+                      },
+                      value);
+}
+
+void print_block(Runtime& runtime, const ObjectRef& block) {
+    const int32_t size = block ? runtime.host.block_size(block.get()) : 0;
+    const auto* data = block ? static_cast<const uint8_t*>(runtime.host.block_data(block.get())) : nullptr;
+    if (!data || size <= 0) {
+        runtime.out << show(runtime, block) << '\n';
+    } else {
+        runtime.dump.print(runtime.out, block.get(), {data, size_t(size)});
+    }
+}
+
+std::string_view bytes_of(Runtime& runtime, const Value& string) {
+    const StringRef& held = std::get<StringRef>(string);
+    return held ? runtime.host.bytes_of(held.get()) : std::string_view();
+}
+
+Value utf8_string(Runtime& runtime, std::string_view bytes) {
+    return runtime.host.new_string(bytes, *encoding_number("UTF-8"));
+}
+
+std::string file_error(const std::string& what, const std::filesystem::path& path) {
+    return what + ' ' + path.string() + ": " + std::strerror(errno);
+}
+
+std::string read_file(const std::filesystem::path& path) {
+    std::error_code error;
+    std::ifstream file(path, std::ios::binary);
+    if (std::filesystem::is_directory(path, error)) errno = EISDIR;
+    if (!file || error || errno == EISDIR) throw std::runtime_error(file_error("cannot read", path));
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+}  // namespace minihost

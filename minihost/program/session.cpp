@@ -1,0 +1,66 @@
+#include "minihost/program/session.h"
+
+#include <algorithm>
+#include <cctype>
+
+#include "minihost/program/functions.h"
+#include "minihost/program/names.h"
+
+namespace minihost {
+namespace {
+
+std::string located(const std::string& name, Position at, const std::string& text) {
+    std::string place = name + ':' + std::to_string(at.line);
+    if (at.column > 0) place += ':' + std::to_string(at.column);
+    return place + ": " + text;
+}
+
+}  // namespace
+
+Session::Session(Host& host, std::ostream& out, Settings settings)
+    : runtime_{host, out, std::move(settings.arguments), std::move(settings.script_folder),
+               HexDump(settings.colour)},
+      scopes_(1),
+      interactive_(settings.interactive) {}
+
+bool Session::run(const std::string& name, std::string_view text) {
+    try {
+        minihost::run(parse(text, runtime_, scopes_, interactive_), runtime_);
+        return true;
+    } catch (const ScriptError& error) {
+        if (interactive_ && dynamic_cast<const IncompleteScript*>(&error)) return false;
+        throw std::runtime_error(located(name, error.at, error.what()));
+    } catch (const HostException& exception) {
+        throw std::runtime_error(located(name, {runtime_.line, 0}, exception.what()));
+    }
+}
+
+// The class of the variable in front of the dot, if it is one.
+std::string Session::class_before(std::string_view dot) const {
+    const auto is_name = [](char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '_'; };
+    dot.remove_suffix(1);
+    size_t start = dot.size();
+    while (start > 0 && is_name(dot[start - 1])) --start;
+    const auto found = scopes_.front().find(lower(dot.substr(start)));
+    return found == scopes_.front().end() ? "" : found->second.type.class_name;
+}
+
+std::vector<std::string> Session::completions(std::string_view before, std::string_view word) const {
+    std::vector<std::string> names;
+    if (before.ends_with('.')) {
+        names = member_names(runtime_.host, class_before(before));
+    } else {
+        names = function_names(runtime_.host);
+        names.insert(names.end(), keywords().begin(), keywords().end());
+        for (const Class* type : runtime_.host.classes()) names.push_back(type->name);
+        for (const auto& scope : scopes_) {
+            for (const auto& [key, variable] : scope) names.push_back(variable.name);
+        }
+    }
+    std::erase_if(names, [&](const std::string& name) { return !lower(name).starts_with(lower(word)); });
+    std::sort(names.begin(), names.end());
+    names.erase(std::unique(names.begin(), names.end()), names.end());
+    return names;
+}
+
+}  // namespace minihost
