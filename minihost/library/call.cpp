@@ -2,8 +2,8 @@
 // native call.
 #include <ffi.h>
 
-#include <array>
-#include <cstring>
+#include <algorithm>
+#include <cstdio>
 
 #include "minihost/library/names.h"
 #include "minihost/library/state.h"
@@ -148,13 +148,21 @@ Fit choose(const std::vector<const Method*>& methods, std::span<const Value> arg
     throw CallError(misfit_text(name, best->method->declaration.parameters[at], arguments[at]));
 }
 
-// --- Members by name, those of a class before those of its superclasses
+// --- Members by name: those of a class, then those of its superclasses that they do not override
+
+bool same_parameters(const Method& a, const Method& b) {
+    return std::ranges::equal(a.declaration.parameters, b.declaration.parameters, {}, &Parameter::type,
+                              &Parameter::type);
+}
 
 std::vector<const Method*> methods_named(const Class& type, std::string_view name) {
     std::vector<const Method*> found;
     for (const Class* owner = &type; owner; owner = owner->super) {
         for (const Method& method : owner->methods) {
-            if (same_name(method.declaration.name, name)) found.push_back(&method);
+            const auto overrides = [&](const Method* other) { return same_parameters(*other, method); };
+            if (same_name(method.declaration.name, name) && std::ranges::none_of(found, overrides)) {
+                found.push_back(&method);
+            }
         }
     }
     if (found.empty()) throw CallError(type.name + " has no method " + std::string(name));

@@ -1,6 +1,7 @@
 // The live objects and strings. Only what is in the two tables is live; a handle is looked up there before it
 // is read.
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
 
 #include "minihost/library/encodings.h"

@@ -1,6 +1,7 @@
 // The host operations: what a bundle gets from the resolver. They are named by their keys. A nil string is
 // the empty string to those that only read it; a nil object is a fault, except as a folder item to write
 // down.
+#include <algorithm>
 #include <cstring>
 
 #include "minihost/library/names.h"

@@ -1,6 +1,5 @@
 // The classes and members that there are: the host's own, and what a bundle registered, read from its
 // records.
-#include <cstring>
 
 #include "minihost/library/names.h"
 #include "minihost/library/state.h"
