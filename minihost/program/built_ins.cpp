@@ -25,8 +25,8 @@ uint8_t* place(Runtime& runtime, const ObjectRef& self, const Value& offset, int
     const int64_t size = runtime.host.block_size(self.get());
     if (!data || first < 0 || count < 0 || (size > 0 && first + count > size)) {
         raise(runtime, "OutOfBoundsException",
-              std::to_string(count) + " bytes at " + std::to_string(first) + " of a block of " +
-                  std::to_string(size));
+              "offset " + std::to_string(first) + ", length " + std::to_string(count) + ", of a block of " +
+                  std::to_string(size) + " bytes");
     }
     return data + first;
 }

@@ -63,7 +63,12 @@ void print_help(Runtime& runtime, const std::string& name) {
     if (name.empty()) {
         print_entries(runtime.out, entries);
         runtime.out << "\nBrought along by minihost (help Name shows more):\n ";
-        for (const std::string& function : function_names(runtime.host)) runtime.out << ' ' << function;
+        std::string last;
+        for (const BuiltIn& built_in : built_ins()) {
+            const std::string& function = built_in.callable.declaration.name;
+            if (built_in.owner.empty() && function != last) runtime.out << ' ' << function;
+            last = function;
+        }
         runtime.out << '\n';
         return;
     }

@@ -137,7 +137,9 @@ int main(int argc, char** argv) {
         app.parse(argc, argv);
         line.has_statements = statements->count() > 0;
         line.rest = app.remaining();
-        if (!line.rest.empty() && line.rest[0].starts_with('-') && line.rest[0] != "--") {
+        if (!line.rest.empty() && line.rest[0] == "--") {
+            line.rest.erase(line.rest.begin());
+        } else if (!line.rest.empty() && line.rest[0].starts_with('-')) {
             throw UsageError("unknown option " + line.rest[0] + "; see minihost --help");
         }
         return run(line);

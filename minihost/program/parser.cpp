@@ -61,11 +61,7 @@ class Parser {
           scopes_(scopes),
           interactive_(interactive) {}
 
-    Block script() {
-        Block block = statements({}, "");
-        if (!at_end()) fail_unexpected("a statement");
-        return block;
-    }
+    Block script() { return statements({}, nullptr); }
 
  private:
     // --- Tokens
@@ -286,31 +282,31 @@ class Parser {
 
     // --- Blocks
 
-    // The statements up to one of the words, which is left to be read. `opened` is the word that began the
-    // block.
-    Block statements(Words closing, const std::string& opened) {
-        const Position start = next_ > 0 ? tokens_[next_ - 1].at : peek().at;
+    // The statements up to one of the words, which is left to be read. Nothing opens, and nothing closes, the
+    // script itself.
+    Block statements(Words closing, const Token* opener) {
         Block block;
         for (;;) {
             while (at_line_end()) ++next_;
-            if (next_is(closing)) return block;
-            if (at_end()) {
-                if (closing.size() > 0) throw IncompleteScript(start, opened + " is not closed");
-                return block;
+            if (next_is(closing) || (!opener && at_end())) return block;
+            if (at_end()) throw IncompleteScript(opener->at, opener->text + " is not closed");
+            if (next_is({"End", "Else", "ElseIf", "Next", "Wend", "Catch"})) {
+                fail_unexpected(opener ? in_quotes(*closing.begin()) : "a statement");
             }
-            if (closing.size() == 0 && next_is({"end", "else", "elseif", "next", "wend", "catch"}))
-                return block;
             block.push_back(statement());
             expect_line_end();
         }
     }
 
     // The same with variables of its own.
-    Block block(Words closing, const std::string& opened) {
+    Block block(Words closing, const Token& opener) {
         const auto level = deeper();
         const auto scope = new_scope();
-        return statements(closing, opened);
+        return statements(closing, &opener);
     }
+
+    // The word that has just been read, such as the one that opens a block.
+    Token last() const { return tokens_[next_ - 1]; }
 
     void expect_end(std::string_view word) {
         expect("end");
@@ -438,6 +434,7 @@ class Parser {
             Evaluate condition;
             Block block;
         };
+        const Token opener = last();
         std::vector<Branch> branches;
         const auto run_branches = [](const std::vector<Branch>& all, Runtime& runtime) {
             for (const Branch& branch : all) {
@@ -454,10 +451,10 @@ class Parser {
                 if (accept("else")) branches.push_back({{}, {single()}});
                 return [=](Runtime& runtime) { return run_branches(branches, runtime); };
             }
-            Block body = block({"elseif", "else", "end"}, "If");
+            Block body = block({"End", "Else", "ElseIf"}, opener);
             branches.push_back({std::move(condition_), std::move(body)});
         } while (accept("elseif"));
-        if (accept("else")) branches.push_back({{}, block({"end"}, "Else")});
+        if (accept("else")) branches.push_back({{}, block({"End"}, opener)});
         expect_end("if");
         return [=](Runtime& runtime) { return run_branches(branches, runtime); };
     }
@@ -469,6 +466,7 @@ class Parser {
 
     // For name [As Type] = first To|DownTo last [Step step] ... Next [name]
     Action for_() {
+        const Token opener = last();
         const auto level = deeper();
         const auto scope = new_scope();
         const Token name = expect_name("a variable's name");
@@ -488,7 +486,7 @@ class Parser {
         const Evaluate last = bound();
         Evaluate step = constant(name.at, steps, convert(int32_t{1}, steps)).evaluate;
         if (accept("step")) step = bound();
-        const Block body = loop("For", "next");
+        const Block body = loop(opener, "Next");
         if (!at_line_end()) expect(name.text);
         const size_t slot = find_variable(name.text)->slot;
         if (real) return counting<double>(slot, counter.type, first, last, step, down, body);
@@ -516,10 +514,10 @@ class Parser {
     }
 
     Action while_() {
-        const int line = peek().at.line;
+        const Token opener = last();
         const Evaluate goes_on = condition();
-        const Block body = loop("While", "wend");
-        return [=](Runtime& runtime) {
+        const Block body = loop(opener, "Wend");
+        return [goes_on, body, line = opener.at.line](Runtime& runtime) {
             while (std::get<bool>(goes_on(runtime))) {
                 if (run(body, runtime) == Flow::Exit) break;
                 runtime.line = line;
@@ -528,16 +526,16 @@ class Parser {
         };
     }
 
-    Block loop(const std::string& opened, std::string_view closing) {
-        loops_.push_back(opened);
+    Block loop(const Token& opener, std::string_view closing) {
+        loops_.push_back(opener.text);
         const Finally leave([this] { loops_.pop_back(); });
-        Block body = block({closing}, opened);
+        Block body = block({closing}, opener);
         expect(closing);
         return body;
     }
 
     Action leave_loop(Flow flow) {
-        const Token& word = tokens_[next_ - 1];
+        const Token word = last();
         if (loops_.empty()) throw ScriptError(word.at, word.text + " stands outside of loops");
         if (next_is({"for", "while"}) && !accept(loops_.back())) fail_unexpected(in_quotes(loops_.back()));
         return [flow](Runtime&) { return flow; };
@@ -552,7 +550,8 @@ class Parser {
             std::optional<size_t> slot = {};
             Block block = {};
         };
-        const Block body = block({"catch", "end"}, "Try");
+        const Token opener = last();
+        const Block body = block({"End", "Catch"}, opener);
         std::vector<Clause> clauses;
         while (accept("catch")) {
             Clause& clause = clauses.emplace_back();
@@ -560,14 +559,14 @@ class Parser {
             if (!at_line_end()) {
                 const Token name = expect_name("a variable's name");
                 const Token class_name = accept("as") ? peek() : name;
-                const Type caught = is(tokens_[next_ - 1], "as") ? type() : object_type(clause.class_name);
+                const Type caught = is(last(), "as") ? type() : object_type(clause.class_name);
                 if (fit(host_, object_type(clause.class_name), caught) == Fit::No) {
                     throw ScriptError(class_name.at, type_name(caught) + " is no exception");
                 }
                 clause.class_name = caught.class_name;
                 clause.slot = declare(name, caught).slot;
             }
-            clause.block = block({"catch", "end"}, "Catch");
+            clause.block = block({"End", "Catch"}, opener);
         }
         expect_end("try");
         return [=](Runtime& runtime) {

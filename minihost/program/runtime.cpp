@@ -27,13 +27,16 @@ std::string show_double(double number) {
     return buffer.data();
 }
 
+std::string block_text(int32_t size) {
+    return size > 0 ? " of " + std::to_string(size) + " bytes" : " without a known size";
+}
+
 std::string show_object(Runtime& runtime, REALobject object) {
     Host& host = runtime.host;
     if (!object) return "Nil";
     const std::string& name = host.class_of(object).name;
     if (same_name(name, "FolderItem")) return host.path_of(object).string();
-    if (same_name(name, "MemoryBlock"))
-        return name + " (" + std::to_string(host.block_size(object)) + " bytes)";
+    if (same_name(name, "MemoryBlock")) return name + block_text(host.block_size(object));
     return name;
 }
 
