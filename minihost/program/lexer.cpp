@@ -41,14 +41,16 @@ class Lexer {
         return from;
     }
 
-    Position position() const {
-        const std::string_view before = text_.substr(line_start_, at_ - line_start_);
-        const auto characters =
-            std::count_if(before.begin(), before.end(), [](char c) { return (uint8_t(c) & 0xC0) != 0x80; });
-        return {line_, int(characters) + 1};
+    // Counts only the characters since the last call.
+    Position position() {
+        const std::string_view passed = text_.substr(counted_, at_ - counted_);
+        column_ += int(
+            std::count_if(passed.begin(), passed.end(), [](char c) { return (uint8_t(c) & 0xC0) != 0x80; }));
+        counted_ = at_;
+        return {line_, column_};
     }
 
-    [[noreturn]] void fail(const std::string& what) const { throw ScriptError(position(), what); }
+    [[noreturn]] void fail(const std::string& what) { throw ScriptError(position(), what); }
 
     Token& add(Kind kind, size_t length) {
         tokens_.push_back({kind, std::string(text_.substr(at_, length)), position()});
@@ -72,7 +74,8 @@ class Lexer {
     void start_line() {
         ++at_;
         ++line_;
-        line_start_ = at_;
+        counted_ = at_;
+        column_ = 1;
     }
 
     void end_line() {
@@ -161,7 +164,8 @@ class Lexer {
     std::string_view text_;
     size_t at_ = 0;
     int line_ = 1;
-    size_t line_start_ = 0;
+    size_t counted_ = 0;  // up to here `column_` is right
+    int column_ = 1;
     std::vector<Token> tokens_;
 };
 

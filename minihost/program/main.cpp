@@ -122,7 +122,7 @@ int main(int argc, char** argv) {
     app.formatter(std::make_shared<Formatter>());
     auto* statements =
         app.add_option("-e", line.statements, "Run these statements, separated by \":\" or new lines");
-    app.add_option("--plugin", line.plugin, "The bundle to load")->type_name("FILE");
+    app.add_option("--plugin", line.plugin, "The bundle to load")->type_name("FILE")->take_last();
     app.add_option("--host-version", line.host_version,
                    "The version that the host reports, or none for a host that reports none")
         ->type_name("NUMBER");

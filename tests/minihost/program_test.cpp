@@ -1,0 +1,136 @@
+// The executable, started as people start it: options, standard input, exit statuses, and the prompt.
+#include <gtest/gtest.h>
+#include <pty.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string read(const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// Runs in a folder of its own.
+class Program : public testing::Test {
+ protected:
+    Program() { fs::create_directories(folder_); }
+    ~Program() override { fs::remove_all(folder_); }
+
+    void write(const std::string& name, const std::string& text) {
+        std::ofstream(folder_ / name, std::ios::binary) << text;
+    }
+
+    // The arguments are the shell's. Standard output, error output and exit status, one behind the other.
+    std::string run(const std::string& arguments, const std::string& input = "") {
+        write("in", input);
+        const std::string command = "cd " + folder_.string() +
+                                    " && " MINIHOST_PROGRAM " --plugin " MINIHOST_BUNDLE " " + arguments +
+                                    " <in >out.txt 2>err.txt";
+        const int status = std::system(command.c_str());  // NOLINT(cert-env33-c): the tests' own commands
+        return read(folder_ / "out.txt") + read(folder_ / "err.txt") + std::to_string(WEXITSTATUS(status));
+    }
+
+    const fs::path folder_ = fs::temp_directory_path() / ("minihost_program" + std::to_string(getpid()));
+};
+
+}  // namespace
+
+TEST_F(Program, RunsWhatTheCommandLineSays) {
+    write("script.rbs", "Print ScriptFolder; ArgCount; Args(1); Args(2)");
+    fs::create_directories(folder_ / "sub");
+    write("sub/fails.rbs", "Dim b As MemoryBlock\nPrint 1\nb.MirrorBytesZOR\nPrint 2");
+    const struct {
+        const char* arguments;
+        const char* input;
+        const char* result;
+    } cases[] = {
+        {"script.rbs --plugin -e", "", ".2--plugin-e\n0"},
+        {"sub/fails.rbs", "", "1\nsub/fails.rbs:3: NilObjectException: memoryblock is nil\n1"},
+        {"-e 'Print Args(1) : Print 2' -- -x", "", "-x\n2\n0"},
+        {"", "Print 1\nIf True Then\nPrint 2\nEnd If\n", "1\n2\n0"},
+        {"", "Print 1\nPrnt 2\n", "stdin:2:1: there is no variable or function Prnt\n1"},
+        {"missing.rbs", "", "cannot read missing.rbs: No such file or directory\n1"},
+        {"--bogus script.rbs", "", "minihost: unknown option --bogus; see minihost --help\n2"},
+        {"--host-version new script.rbs", "",
+         "minihost: --host-version takes a number or none, found new\n2"},
+        {"-e", "", "-e: 1 required STATEMENTS missing\nRun with --help for more information.\n2"},
+        {"--host-version 2011.5 -e 'Dim b As New MemoryBlock(2) : b.SetStringZOR(\"ab\", 0) : Print "
+         "b.GetStringZOR(1, 1)'",
+         "", "b\n0"},
+        {"--host-version none -e 'Print BlockFromHex(\"0102\").FindByteZOR(0, 2, 2)'", "", "1\n0"},
+        // Without its size a block's size is 0, and a slice of it is nothing.
+        {"--without memoryBlockGetSize --without REALGetRBVersion -e 'Print "
+         "BlockFromHex(\"0102\").LeftZOR(1) Is Nil'",
+         "", "True\n0"},
+    };
+    for (const auto& c : cases) EXPECT_EQ(run(c.arguments, c.input), c.result) << c.arguments;
+    EXPECT_EQ(run("--help").substr(0, 8), "Runs scr");
+}
+
+TEST_F(Program, RefusesWhatIsNoBundle) {
+    const auto refused = [&](const std::string& file) {
+        const std::string result = run("--plugin " + file + " -e 'Print 1'");
+        EXPECT_TRUE(result.starts_with(file)) << result;
+        EXPECT_TRUE(result.ends_with("\n1")) << result;
+        return result;
+    };
+    write("text.so", "no bundle");
+    refused("text.so");
+    refused("nix.so");
+    EXPECT_NE(refused(NO_ENTRY_BUNDLE).find("REALPluginMain"), std::string::npos);
+}
+
+TEST_F(Program, GivesTheTour) {
+    const std::string script = SOURCE_DIR "/examples/tour.rbs";
+    EXPECT_EQ(run(script), read(SOURCE_DIR "/tests/minihost/tour.txt") + "0");
+    EXPECT_EQ(fs::file_size(folder_ / "out/tour-negative.ppm"),
+              fs::file_size(SOURCE_DIR "/examples/data/harbour.ppm"));
+}
+
+TEST_F(Program, RunsEveryExample) {
+    for (const auto& entry : fs::directory_iterator(SOURCE_DIR "/examples")) {
+        if (entry.path().extension() != ".rbs" || entry.path().stem() == "large") continue;
+        const std::string result = run(entry.path().string());
+        EXPECT_TRUE(result.ends_with("\n0")) << entry.path() << result;
+        EXPECT_EQ(result.find("no copy"), std::string::npos);
+        EXPECT_EQ(result.find("not expanded"), std::string::npos);
+    }
+    EXPECT_EQ(fs::file_size(folder_ / "out/chimes.wav"),
+              fs::file_size(SOURCE_DIR "/examples/data/chimes.au") + 20);
+    EXPECT_TRUE(read(folder_ / "out/expanded.pgm").starts_with("P5\n192 128\n255\n"));
+}
+
+TEST_F(Program, PromptsAtATerminal) {
+    int terminal = -1;
+    const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        setenv("XDG_STATE_HOME", folder_.c_str(), 1);
+        setenv("TERM", "dumb", 1);
+        execl(MINIHOST_PROGRAM, MINIHOST_PROGRAM, "--plugin", MINIHOST_BUNDLE, nullptr);
+        _exit(127);
+    }
+    const std::string typed =
+        "Dim x As Integer = 20\nnonsense\nIf x = 20 Then\nx = x + 1\nEnd If\nx * 2\nquit\n";
+    ASSERT_EQ(::write(terminal, typed.data(), typed.size()), ssize_t(typed.size()));
+    std::string shown;
+    char buffer[256];
+    for (ssize_t count; (count = ::read(terminal, buffer, sizeof buffer)) > 0;)
+        shown.append(buffer, size_t(count));
+    int status = -1;
+    waitpid(child, &status, 0);
+    close(terminal);
+    EXPECT_EQ(status, 0);
+    EXPECT_NE(shown.find("prompt:1:1: there is no variable or function nonsense"), std::string::npos)
+        << shown;
+    EXPECT_NE(shown.find("\n42\r"), std::string::npos) << shown;
+}
