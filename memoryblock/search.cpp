@@ -64,8 +64,7 @@ int32_t findBytes2(REALmemoryBlock block, int32_t srcOfs, int32_t maxBytes, REAL
     const uint8_t* pattern = block_data(target);
     const int32_t size = block_size(target);
     const int64_t length = or_rest(size, targOfs, targLen);
-    if (!pattern || length <= 0 || targOfs < 0 || (size != 0 && targOfs >= size)) return kUnusable;
-    if (!inside(size, targOfs, length)) return kUnusable;
+    if (!pattern || length <= 0 || size < 0 || !inside(size, targOfs, length)) return kUnusable;
     return find_pattern(block, srcOfs, maxBytes, pattern + targOfs, length);
 }
 
@@ -79,7 +78,7 @@ REALboolean BytesEqualZOR(REALmemoryBlock block, int32_t srcOfs, int32_t numByte
     if (!inside(block_size(block), srcOfs, numBytes) || !inside(block_size(destBlk), destOfs, numBytes)) {
         return false;
     }
-    return kernels::equal(first + srcOfs, second + destOfs, size_t(numBytes));
+    return REALboolean(kernels::equal(first + srcOfs, second + destOfs, size_t(numBytes)));
 }
 
 REALboolean BytesZeroZOR(REALmemoryBlock block, int32_t srcOfs, int32_t numBytes) {
@@ -87,7 +86,7 @@ REALboolean BytesZeroZOR(REALmemoryBlock block, int32_t srcOfs, int32_t numBytes
     if (!data) return false;
     if (numBytes <= 0) return true;
     if (!inside(block_size(block), srcOfs, numBytes)) return false;
-    return kernels::all_zero(data + srcOfs, size_t(numBytes));
+    return REALboolean(kernels::all_zero(data + srcOfs, size_t(numBytes)));
 }
 
 }  // namespace memoryblock
