@@ -16,7 +16,7 @@ TEST(SearchKernel, FindsTheFirstByteThatIsOrIsNot) {
     for (int round = 0; round < 4000; ++round) {
         const size_t size = any_size(random, round);
         GuardedBytes memory(size, GuardedBytes::kBothSides[round % 2]);
-        const auto value = between<uint16_t>(random, 0, 255);
+        const uint16_t value = round % 3 == 0 ? 0 : between<uint16_t>(random, 0, 255);
         std::ranges::fill(memory.bytes(), uint8_t(value));
         const int others = size > 0 ? between(random, 0, 2) : 0;
         const auto other = uint8_t(value ^ 1U << between(random, 0, 7));
@@ -32,22 +32,6 @@ TEST(SearchKernel, FindsTheFirstByteThatIsOrIsNot) {
         }
         ASSERT_EQ(kernels::all_zero(data, n), kernels::plain::all_zero(data, n));
         ASSERT_EQ(kernels::all_ascii(data, n), kernels::plain::all_ascii(data, n));
-    }
-}
-
-// One set bit in zeros: no place and no bit is overlooked, and 0x7f is still ASCII.
-TEST(SearchKernel, LooksAtEveryBit) {
-    for (size_t size = 1; size <= 80; ++size) {
-        GuardedBytes memory(size);
-        ASSERT_TRUE(kernels::all_zero(memory.data(), size));
-        for (size_t bit = 0; bit < 8 * size; ++bit) {
-            SCOPED_TRACE(testing::Message() << "bit " << bit << " of " << size << " bytes");
-            memory.data()[bit / 8] = uint8_t(0x80 >> bit % 8);
-            ASSERT_FALSE(kernels::all_zero(memory.data(), size));
-            ASSERT_EQ(kernels::find_not_byte(memory.data(), size, 0), bit / 8);
-            ASSERT_EQ(kernels::all_ascii(memory.data(), size), bit % 8 != 0);
-            memory.data()[bit / 8] = 0;
-        }
     }
 }
 
@@ -78,12 +62,11 @@ TEST(SearchKernel, FindsTheFirstWholePattern) {
 TEST(SearchKernel, ComparesAllBytesOfRangesThatMayOverlap) {
     Random random;
     for (int round = 0; round < 4000; ++round) {
-        const size_t size = any_size(random, round);
-        GuardedBytes first(size, GuardedBytes::kEnd, random);
+        GuardedBytes first(any_size(random, round) + 1, GuardedBytes::kEnd, random);
         GuardedBytes second(first.copy(), GuardedBytes::kBothSides[round % 2]);
-        ASSERT_TRUE(kernels::equal(first.data(), second.data(), size));
-        if (size == 0) continue;
+        const size_t size = first.size();
         const size_t at = between<size_t>(random, 0, size - 1);
+        ASSERT_TRUE(kernels::equal(first.data(), second.data(), size));
         second.data()[at] ^= uint8_t(1U << between(random, 0, 7));
         ASSERT_FALSE(kernels::equal(first.data(), second.data(), size)) << "offset " << at << " of " << size;
         ASSERT_TRUE(kernels::equal(first.data(), second.data(), at));
