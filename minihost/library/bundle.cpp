@@ -37,16 +37,13 @@ std::string linker_reason(const std::filesystem::path& image) {
 
 }  // namespace
 
-EntryPoint open_bundle(const std::filesystem::path& path) {
-    const std::filesystem::path bundle = std::filesystem::absolute(path);
+// The dynamic linker would hand out the image of a file that it has loaded before, so it gets a copy.
+EntryPoint open_bundle(const std::filesystem::path& bundle) {
     require_readable(bundle);
-    // The first image is the file itself, so that debuggers find it; the linker would hand out the same image
-    // again, so that later ones are those of copies.
-    const bool loaded = dlopen(bundle.c_str(), RTLD_NOW | RTLD_NOLOAD) != nullptr;
-    const std::filesystem::path file = loaded ? temporary_copy(bundle) : bundle;
-    void* image = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
-    const std::string reason = image ? "" : linker_reason(file);
-    if (loaded) std::filesystem::remove(file);
+    const std::filesystem::path copy = temporary_copy(bundle);
+    void* image = dlopen(copy.c_str(), RTLD_NOW | RTLD_LOCAL);
+    const std::string reason = image ? "" : linker_reason(copy);
+    std::filesystem::remove(copy);
     if (!image) throw LoadError(bundle.string() + ": no bundle that can be loaded (" + reason + ")");
     void* entry = dlsym(image, "REALPluginMain");
     if (!entry) throw LoadError(bundle.string() + ": no bundle, it has no entry point REALPluginMain");
