@@ -2,6 +2,8 @@
 // the functions behind it agree.
 #pragma once
 
+#include <type_traits>
+
 #include "plugin/records.h"
 #include "plugin/signature.h"
 #include "plugin/text.h"
@@ -19,7 +21,7 @@ consteval auto method_record() {
     using signature::agree, signature::parse, signature::SignatureOf;
     constexpr signature::Signature kDeclared = parse(Declaration.view());
     static_assert(agree<kDeclared, SignatureOf<Self, decltype(Function)>::value>());
-    if constexpr (Setter == nullptr) {
+    if constexpr (std::is_null_pointer_v<decltype(Setter)>) {
         return REALmethodRecord<decltype(Function)>{Function,     nullptr, kText<Declaration>.bytes,
                                                     kMemberFlags, nullptr, 0};
     } else {
