@@ -251,7 +251,7 @@ Callable function(const char* declaration, Callable::Function get, Callable::Fun
 // A row whose function sees its arguments in the declared types, and the assigned value in the result's.
 BuiltIn row(const char* owner, Callable callable) {
     const auto typed = [declaration =
-                            callable.declaration](Callable::Function function) -> Callable::Function {
+                            callable.declaration](const Callable::Function& function) -> Callable::Function {
         if (!function) return {};
         return [declaration, function](Runtime& runtime, const ObjectRef& self, Arguments arguments) {
             std::vector<Value> values;

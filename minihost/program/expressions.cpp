@@ -136,12 +136,14 @@ Expression numeric(const Token& token, Op op, const Expression& left, const Expr
 
 // --- Truth, strings and references
 
+// What the first operand settles is settled without the second one.
 Expression logical(const Token& token, Op op, const Expression& left, const Expression& right) {
     return {kBoolean, token.at, [op, left, right](Runtime& runtime) -> Value {
                 const bool first = std::get<bool>(left.evaluate(runtime));
-                if (op == Op::And && !first) return false;
-                if (op == Op::Or && first) return true;
-                return std::get<bool>(right.evaluate(runtime)) != (op == Op::Xor && first);
+                if ((op == Op::And && !first) || (op == Op::Or && first)) return first;
+                const bool second = std::get<bool>(right.evaluate(runtime));
+                if (op == Op::And || op == Op::Or) return second;
+                return (first == second) == (op == Op::Equal);
             }};
 }
 
@@ -283,13 +285,12 @@ Expression variable(Position at, const Type& type, size_t slot) {
             [slot](Runtime& runtime, const Value& value) { runtime.variables[slot] = value; }};
 }
 
-Expression unary(const Token& op, Expression operand_) {
+Expression unary(const Token& op, const Expression& inner) {
     const bool negation = op.text == "-";
-    const Type type = operand_.type;
+    const Type type = inner.type;
     if (!negation && type == kBoolean) {
-        return {type, op.at, [operand_](Runtime& runtime) -> Value {
-                    return !std::get<bool>(operand_.evaluate(runtime));
-                }};
+        return {type, op.at,
+                [inner](Runtime& runtime) -> Value { return !std::get<bool>(inner.evaluate(runtime)); }};
     }
     if (!is_number(type) || (!negation && !is_whole(type))) {
         throw ScriptError(op.at, in_quotes(op.text) + " takes " +
@@ -297,32 +298,25 @@ Expression unary(const Token& op, Expression operand_) {
                                      type_name(type));
     }
     if (type == kDouble) {
-        return {type, op.at, [operand_](Runtime& runtime) -> Value {
-                    return -std::get<double>(operand_.evaluate(runtime));
-                }};
+        return {type, op.at,
+                [inner](Runtime& runtime) -> Value { return -std::get<double>(inner.evaluate(runtime)); }};
     }
     // -x is 0 - x, and Not x is -1 - x.
     const Type integer{Kind::Integer, ""};
     const Expression from = constant(op.at, integer, int32_t{negation ? 0 : -1});
-    return numeric(op, Op::Minus, from, operand_);
+    return numeric(op, Op::Minus, from, inner);
 }
 
-Expression binary(const Token& token, Expression left, Expression right) {
+Expression binary(const Token& token, const Expression& left, const Expression& right) {
     const Op op = find_op(token.text);
     if (op == Op::Is) return identity(token, op, left, right);
-    if (left.type == kBoolean && right.type == kBoolean &&
-        (op >= Op::And || op == Op::Equal || op == Op::Unequal)) {
-        if (op == Op::Equal || op == Op::Unequal) {
-            return {kBoolean, token.at, [op, left, right](Runtime& runtime) -> Value {
-                        const Value first = left.evaluate(runtime);
-                        return (first == right.evaluate(runtime)) == (op == Op::Equal);
-                    }};
-        }
+    const bool tests_equality = op == Op::Equal || op == Op::Unequal;
+    if (left.type == kBoolean && right.type == kBoolean && (op >= Op::And || tests_equality)) {
         return logical(token, op, left, right);
     }
     if (is_number(left.type) && is_number(right.type)) return numeric(token, op, left, right);
     if (left.type == kString && right.type == kString) return textual(token, op, left, right);
-    if ((op == Op::Equal || op == Op::Unequal) && (is_reference(left.type) || is_reference(right.type))) {
+    if (tests_equality && (is_reference(left.type) || is_reference(right.type))) {
         return identity(token, op, left, right);
     }
     if (op >= Op::And) fail(token, "two Booleans or two whole numbers", left, right);
@@ -330,8 +324,8 @@ Expression binary(const Token& token, Expression left, Expression right) {
          right);
 }
 
-Expression call(Host& host, const Token& name, const std::vector<Callable>& overloads,
-                std::optional<Expression> self, std::vector<Expression> arguments) {
+Expression call(Host& host, const Token& name, const std::vector<Callable>& overloads, const Expression* self,
+                const std::vector<Expression>& arguments) {
     const auto shared = std::make_shared<Call>();
     shared->callable = choose(host, name, overloads, arguments);
     shared->at = name.at;

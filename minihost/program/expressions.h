@@ -3,7 +3,6 @@
 #pragma once
 
 #include <functional>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -27,11 +26,11 @@ Expression constant(Position at, const Type& type, const Value& value);
 Expression text_constant(const Token& token);
 Expression variable(Position at, const Type& type, size_t slot);
 // `-` or `Not`.
-Expression unary(const Token& op, Expression operand);
-Expression binary(const Token& op, Expression left, Expression right);
-// The overload that fits the arguments best. A missing member or function is an empty `overloads`.
-Expression call(Host& host, const Token& name, const std::vector<Callable>& overloads,
-                std::optional<Expression> self, std::vector<Expression> arguments);
+Expression unary(const Token& op, const Expression& operand);
+Expression binary(const Token& op, const Expression& left, const Expression& right);
+// Calls the overload that fits the arguments best; `self` is nil for functions.
+Expression call(Host& host, const Token& name, const std::vector<Callable>& overloads, const Expression* self,
+                const std::vector<Expression>& arguments);
 // The value in the form of the declared type, for `purpose`, such as "x" in a message.
 Expression converted(Host& host, Expression value, const Type& declared, const std::string& purpose);
 

@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
@@ -111,9 +112,7 @@ int run(const CommandLine& line) {
     return failed ? kFailed : EXIT_SUCCESS;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int start(int argc, char** argv) {
     CommandLine line;
     CLI::App app("Runs scripts in the language of the host against the bundle " MINIHOST_BUNDLE_NAME
                  ".\n"
@@ -148,5 +147,16 @@ int main(int argc, char** argv) {
     } catch (const UsageError& error) {
         std::cerr << "minihost: " << error.what() << '\n';
         return kUsage;
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return start(argc, argv);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "minihost: %s\n", error.what());
+        return kFailed;
     }
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <initializer_list>
+#include <optional>
 #include <ostream>
 
 #include "minihost/program/help.h"
@@ -125,7 +126,7 @@ class Parser {
 
     Type type() {
         const Token name = expect_name("a type");
-        const Type built_in = parse_type(name.text);
+        Type built_in = parse_type(name.text);
         if (built_in.kind != Kind::Object) return built_in;
         if (const Class* found = host_.find_class(name.text)) return object_type(found->name);
         std::vector<std::string> known{"Integer", "Int64", "UInt64", "Double", "Boolean", "String", "Ptr"};
@@ -160,7 +161,7 @@ class Parser {
                                             [&](const Operator& op) { return is(peek(), op.text); });
             if (found == kOperators.end() || found->strength <= weakest) return left;
             const Token op = take();
-            left = binary(op, std::move(left), expression(found->strength));
+            left = binary(op, left, expression(found->strength));
         }
     }
 
@@ -179,7 +180,7 @@ class Parser {
         while (accept(".")) {
             count_operand();
             const Token name = take_member();
-            result = member(std::move(result), name, starts_statement);
+            result = member(result, name, starts_statement);
         }
         return result;
     }
@@ -189,7 +190,7 @@ class Parser {
         return take();
     }
 
-    Expression member(Expression object, const Token& name, bool starts_statement) {
+    Expression member(const Expression& object, const Token& name, bool starts_statement) {
         const std::string& owner = object.type.class_name;
         if (object.type.kind != Kind::Object || owner.empty()) {
             throw ScriptError(name.at, "a value of type " + type_name(object.type) + " has no members");
@@ -199,7 +200,7 @@ class Parser {
             throw ScriptError(name.at, owner + " has no member " + name.text +
                                            suggestion(name.text, member_names(host_, owner)));
         }
-        return call(host_, name, overloads, std::move(object), arguments(starts_statement));
+        return call(host_, name, overloads, &object, arguments(starts_statement));
     }
 
     Expression operand(bool starts_statement) {
@@ -240,7 +241,7 @@ class Parser {
         if (const Variable* found = find_variable(name.text))
             return variable(name.at, found->type, found->slot);
         const auto overloads = find_functions(host_, name.text);
-        if (!overloads.empty()) return call(host_, name, overloads, {}, arguments(starts_statement));
+        if (!overloads.empty()) return call(host_, name, overloads, nullptr, arguments(starts_statement));
         std::vector<std::string> known = function_names(host_);
         for (const auto& scope : scopes_) {
             for (const auto& [key, declared] : scope) known.push_back(declared.name);
@@ -254,7 +255,7 @@ class Parser {
         const Token name = peek();
         const Type created = type();
         if (created.kind != Kind::Object) throw ScriptError(name.at, type_name(created) + " is no class");
-        return call(host_, name, find_constructors(host_, created.class_name), {}, arguments(false));
+        return call(host_, name, find_constructors(host_, created.class_name), nullptr, arguments(false));
     }
 
     std::vector<Expression> arguments(bool starts_statement) {
@@ -449,14 +450,18 @@ class Parser {
             if (branches.empty() && !at_line_end()) {
                 branches.push_back({std::move(condition_), {single()}});
                 if (accept("else")) branches.push_back({{}, {single()}});
-                return [=](Runtime& runtime) { return run_branches(branches, runtime); };
+                return [branches = std::move(branches), run_branches](Runtime& runtime) {
+                    return run_branches(branches, runtime);
+                };
             }
             Block body = block({"End", "Else", "ElseIf"}, opener);
             branches.push_back({std::move(condition_), std::move(body)});
         } while (accept("elseif"));
         if (accept("else")) branches.push_back({{}, block({"End"}, opener)});
         expect_end("if");
-        return [=](Runtime& runtime) { return run_branches(branches, runtime); };
+        return [branches = std::move(branches), run_branches](Runtime& runtime) {
+            return run_branches(branches, runtime);
+        };
     }
 
     Statement single() {
@@ -494,23 +499,34 @@ class Parser {
     }
 
     template <class Number>
-    static Action counting(size_t slot, Type type, Evaluate first, Evaluate last, Evaluate step, bool down,
-                           Block body) {
+    static Action counting(size_t slot, const Type& type, const Evaluate& first, const Evaluate& last,
+                           const Evaluate& step, bool down, const Block& body) {
         return [=](Runtime& runtime) {
             auto value = std::get<Number>(first(runtime));
             const auto end = std::get<Number>(last(runtime));
-            const auto given = std::get<Number>(step(runtime));
-            if (given == 0) raise(runtime, "RuntimeException", "a Step of 0 never ends");
-            const Number by = down ? -given : given;
-            while (by > 0 ? value <= end : value >= end) {
+            const auto by = std::get<Number>(step(runtime));
+            if (by == 0) raise(runtime, "RuntimeException", "a Step of 0 never ends");
+            const bool rises = (by > 0) != down;
+            while (rises ? value <= end : value >= end) {
                 runtime.variables[slot] = convert(value, type);
                 if (run(body, runtime) == Flow::Exit) break;
                 value = number<Number>(runtime.variables[slot]);
-                if (by > 0 ? value > end - by : value < end - by) break;
-                value += by;
+                if (!advance(value, by, down)) break;
             }
             return Flow::Next;
         };
+    }
+
+    // Moves a loop's counter on; false where that would leave the range of its type.
+    template <class Number>
+    static bool advance(Number& value, Number by, bool down) {
+        if constexpr (std::is_integral_v<Number>) {
+            return down ? !__builtin_sub_overflow(value, by, &value)
+                        : !__builtin_add_overflow(value, by, &value);
+        } else {
+            value += down ? -by : by;
+            return true;
+        }
     }
 
     Action while_() {

@@ -1,6 +1,7 @@
 // What a script works on while it runs, and the values of the host language as the script handles them.
 #pragma once
 
+#include <cmath>
 #include <filesystem>
 #include <functional>
 #include <iosfwd>
@@ -55,7 +56,7 @@ template <class To, class From>
 To to_number(From from) {
     using Limits = std::numeric_limits<To>;
     if constexpr (std::is_integral_v<To> && std::is_floating_point_v<From>) {
-        if (from != from) return 0;
+        if (std::isnan(from)) return 0;
         if (from <= From(Limits::min())) return Limits::min();
         if (from >= From(Limits::max())) return Limits::max();
     }
