@@ -234,8 +234,9 @@ TEST_F(NumericTest, PairsAreCutToWholeOnesInsideTheBlocks) {
                 const auto check = [&](const Bytes& pairs, const char* member,
                                        const std::vector<Value>& arguments) {
                     Bytes expected(kSize);
-                    for (size_t i = 0;
-                         int64_t(i) < count && 8 * int64_t(i + 1) <= std::min(room, std::ssize(pairs)); ++i) {
+                    for (size_t i = 0; int64_t(i) < count &&
+                                       8 * int64_t(i + 1) <= std::min<int64_t>(room, std::ssize(pairs));
+                         ++i) {
                         std::copy_n(pairs.begin() + ptrdiff_t(8 * i), 8,
                                     expected.begin() + offset + ptrdiff_t(8 * i));
                     }
