@@ -41,7 +41,7 @@ rbBuffer::rbBuffer(REALstring string) {
         stringDataHeld_ = REALGetStringData(string, kTextEncodingUnknown, &stringData_);
         if (!stringDataHeld_) return;
         data_ = static_cast<uint8_t*>(stringData_.data);
-        length_ = stringData_.length;
+        if (data_) length_ = std::max(0, stringData_.length);
     } else {
         string_ = string;
         REALLockString(string_);
