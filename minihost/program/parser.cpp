@@ -317,6 +317,14 @@ class Parser {
     // --- Statements
 
     Statement statement() {
+        operands_ = 0;
+        Statement result;
+        result.line = peek().at.line;
+        result.run = action();
+        return result;
+    }
+
+    Action action() {
         using Rule = Action (Parser::*)();
         static constexpr std::array<std::pair<std::string_view, Rule>, 8> kRules{{
             {"dim", &Parser::dim},
@@ -328,14 +336,12 @@ class Parser {
             {"continue", &Parser::continue_},
             {"try", &Parser::try_},
         }};
-        operands_ = 0;
-        const int line = peek().at.line;
         for (const auto& [word, rule] : kRules) {
-            if (accept(word)) return {line, (this->*rule)()};
+            if (accept(word)) return (this->*rule)();
         }
-        if (is_command("help")) return {line, help()};
-        if (is_command("references")) return {line, references()};
-        return {line, simple()};
+        if (is_command("help")) return help();
+        if (is_command("references")) return references();
+        return simple();
     }
 
     // A word that is a statement of its own unless a variable bears the name.
@@ -405,14 +411,15 @@ class Parser {
     // Assignment, call, or, where that is wanted, an expression whose value is shown.
     Action simple() {
         const size_t start = next_;
+        if (interactive_ && next_is({"-", "not"})) return print_statement({expression()});
         Expression target = postfix(true);
         if (accept("=")) return assignment(std::move(target));
         const bool ended = at_line_end() || next_is({"else"});
-        const bool called = target.type.kind == Kind::Nothing;
-        if (interactive_ && !(ended && called)) {
+        if (interactive_ && !ended) {
             next_ = start;
             return print_statement({shown(expression())});
         }
+        if (interactive_ && target.type.kind != Kind::Nothing) return print_statement({std::move(target)});
         if (!ended) fail_unexpected("\"=\" or the end of the statement");
         if (!target.is_call) throw ScriptError(target.at, "a value alone is no statement");
         return [evaluate = std::move(target.evaluate)](Runtime& runtime) {
@@ -448,8 +455,8 @@ class Parser {
             Evaluate condition_ = condition();
             expect("then");
             if (branches.empty() && !at_line_end()) {
-                branches.push_back({std::move(condition_), {single()}});
-                if (accept("else")) branches.push_back({{}, {single()}});
+                branches.push_back({std::move(condition_), single()});
+                if (accept("else")) branches.push_back({{}, single()});
                 return [branches = std::move(branches), run_branches](Runtime& runtime) {
                     return run_branches(branches, runtime);
                 };
@@ -464,9 +471,11 @@ class Parser {
         };
     }
 
-    Statement single() {
+    Block single() {
         const auto level = deeper();
-        return statement();
+        Block block;
+        block.push_back(statement());
+        return block;
     }
 
     // For name [As Type] = first To|DownTo last [Step step] ... Next [name]

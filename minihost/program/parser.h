@@ -32,7 +32,7 @@ enum class Flow { Next, Exit, Continue };
 using Action = std::function<Flow(Runtime&)>;
 
 struct Statement {
-    int line;
+    int line = 0;
     Action run;
 };
 

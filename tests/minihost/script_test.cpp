@@ -270,9 +270,10 @@ TEST_F(Script, PromptGoesOnAfterErrorsAndIncompleteBlocks) {
     EXPECT_FALSE(session.run("prompt", "Print 1 + _\n"));
     EXPECT_TRUE(session.run("prompt", "If True Then\nb.Byte(0) = 7\nEnd If\n"));
     EXPECT_TRUE(session.run("prompt", "b.Byte(0) + 1"));
-    EXPECT_TRUE(session.run("prompt", "b.FindByteZOR(0, 2, 7)"));
+    EXPECT_TRUE(session.run("prompt", "b.FindByteZOR 0, 2, 7"));
+    EXPECT_TRUE(session.run("prompt", "-b.Byte(0)"));
     EXPECT_TRUE(session.run("prompt", "Dim b As String = \"new\" : b"));
-    EXPECT_EQ(out.str(), "8\n0\nnew\n");
+    EXPECT_EQ(out.str(), "8\n0\n-7\nnew\n");
 
     using Names = std::vector<std::string>;
     EXPECT_EQ(session.completions("x.", "findby"), (Names{"FindByteZOR", "FindBytesZOR"}));
