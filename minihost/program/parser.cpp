@@ -626,7 +626,8 @@ class Parser {
     Action references() {
         ++next_;
         return [](Runtime& runtime) {
-            report_references(runtime.host, runtime.out);
+            if (!report_references(runtime.host, runtime.out))
+                runtime.out << "nothing is held, nothing went wrong\n";
             return Flow::Next;
         };
     }

@@ -254,6 +254,7 @@ TEST_F(Script, HelpsWithNames) {
 TEST_F(Script, ReportsReferences) {
     EXPECT_EQ(run("Dim b As New MemoryBlock(7)\nDim c As MemoryBlock = b\nreferences"),
               "not given back: MemoryBlock of 7 bytes: 2 references\n");
+    EXPECT_EQ(run("references"), "nothing is held, nothing went wrong\n");
     std::ostringstream report;
     EXPECT_FALSE(report_references(host(), report)) << report.str();
     const ObjectRef held = host().new_block(5);
