@@ -43,7 +43,8 @@ EntryPoint open_bundle(const std::filesystem::path& bundle) {
     const std::filesystem::path copy = temporary_copy(bundle);
     void* image = dlopen(copy.c_str(), RTLD_NOW | RTLD_LOCAL);
     const std::string reason = image ? "" : linker_reason(copy);
-    std::filesystem::remove(copy);
+    std::error_code ignored;
+    std::filesystem::remove(copy, ignored);
     if (!image) throw LoadError(bundle.string() + ": no bundle that can be loaded (" + reason + ")");
     void* entry = dlsym(image, "REALPluginMain");
     if (!entry) throw LoadError(bundle.string() + ": no bundle, it has no entry point REALPluginMain");

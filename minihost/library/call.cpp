@@ -206,7 +206,7 @@ NativeArgument native(const Value& value) {
         NativeArgument operator()(int64_t v) const { return {&ffi_type_sint64, {.int64 = v}}; }
         NativeArgument operator()(uint64_t v) const { return {&ffi_type_uint64, {.uint64 = v}}; }
         NativeArgument operator()(double v) const { return {&ffi_type_double, {.number = v}}; }
-        NativeArgument operator()(bool v) const { return {&ffi_type_sint8, {.boolean = v}}; }
+        NativeArgument operator()(bool v) const { return {&ffi_type_sint8, {.boolean = REALboolean(v)}}; }
         NativeArgument operator()(Pointer v) const { return {&ffi_type_pointer, {.pointer = v.address}}; }
         NativeArgument operator()(const StringRef& v) const {
             return {&ffi_type_pointer, {.pointer = v.get()}};

@@ -56,6 +56,7 @@ TEST(Declarations, AreReadInAnyWriting) {
     EXPECT_EQ(defaults.parameters[1].default_value, Value(-1));
     EXPECT_EQ(defaults.parameters[5].default_value, Value(-1.5e-3));
     EXPECT_EQ(defaults.required(), 1u);
+    EXPECT_EQ(parse_declaration("F(a as Integer = 1)").required(), 0u);
 }
 
 TEST(Declarations, ErrorsSayWhatWasFoundAndExpected) {
@@ -72,7 +73,7 @@ TEST(Declarations, ErrorsSayWhatWasFoundAndExpected) {
         {"F as Integer 5", "column 14: expected the end, found \"5\""},
     };
     for (const auto& [text, message] : cases) {
-        EXPECT_EQ(thrown<std::invalid_argument>([&] { parse_declaration(text); }),
+        EXPECT_EQ(thrown<std::invalid_argument>([declaration = text] { parse_declaration(declaration); }),
                   std::string("\"") + text + "\", " + message);
     }
 }
@@ -161,7 +162,7 @@ TEST_F(LibraryTest, EveryTypeGoesThereAndBack) {
         method(
             "Same(p as Ptr) as Ptr", +[](REALobject, void* value) { return value; }),
         method(
-            "None(m as MemoryBlock) as String", +[](REALobject, REALobject) { return REALstring(); }),
+            "None(m as MEMORYBLOCK) as String", +[](REALobject, REALobject) { return REALstring(); }),
     };
     REALclassDefinition extension = record("memoryblock", methods);
     ASSERT_EQ(extend(extension), "");
@@ -192,7 +193,7 @@ TEST_F(LibraryTest, EveryTypeGoesThereAndBack) {
 
     EXPECT_EQ(call(block, "Int", {-5}), Value(-5));
     EXPECT_EQ(call(block, "Long", {INT64_MIN}), Value(INT64_MIN));
-    EXPECT_EQ(call(block, "ULong", {UINT64_MAX}), Value(UINT64_MAX));
+    EXPECT_EQ(call(block, "ULong", {uint64_t(1) << 63 | 5}), Value(uint64_t(1) << 63 | 5));
     EXPECT_EQ(call(block, "Not", {false}), Value(true));
     EXPECT_EQ(call(block, "Not", {true}), Value(false));
     EXPECT_EQ(call(block, "Same", {Pointer{&seen}}), Value(Pointer{&seen}));
@@ -298,8 +299,23 @@ TEST_F(LibraryTest, OlderRecordsAreShorter) {
     REALclassDefinition extension = record("MemoryBlock", methods);
     extension.version = 9;
     extension.methods = older.data();
+    REALproperty properties[2] = {};
+    std::string older_properties(2 * kOlderPropertySize, '\0');
+    for (size_t i = 0; i < 2; ++i) {
+        properties[i].name = i == 0 ? "First" : "Second";
+        properties[i].type = "Int64";
+        properties[i].getter = as_registered(+[](REALobject, int32_t unused) { return int64_t(unused) - 3; });
+        std::memcpy(&older_properties[i * kOlderPropertySize], &properties[i], kOlderPropertySize);
+    }
+    extension.properties = older_properties.data();
+    extension.propertyCount = 2;
     ASSERT_EQ(extend(extension), "");
-    EXPECT_EQ(call(host_->new_block(1), "Two"), Value(2));
+    const ObjectRef block = host_->new_block(1);
+    EXPECT_EQ(call(block, "Two"), Value(2));
+    EXPECT_EQ(host_->get(block.get(), "SECOND"), Value(int64_t(-3)));
+    EXPECT_EQ(thrown<CallError>([&] { host_->assign(block.get(), "First", {}, 1); }), "First is read-only");
+    EXPECT_EQ(thrown<CallError>([&] { host_->get(block.get(), "Third"); }),
+              "MemoryBlock has no property Third");
 }
 
 TEST_F(LibraryTest, RecordsThatCannotBeReadAreRefused) {
@@ -429,8 +445,8 @@ TEST_F(LibraryTest, AccountsShowWhatIsOpenAndWhatIsWrong) {
     expect_fault("RuntimeRaiseException: nothing is being called");
     // A handle that is gone stays gone, whatever is made after it.
     const REALobject gone = host_->new_block(1).get();
-    std::vector<ObjectRef> later;
-    for (int i = 0; i < 100; ++i) later.push_back(host_->new_block(1));
+    std::vector<ObjectRef> later(100);
+    for (ObjectRef& made : later) made = host_->new_block(1);
     unlock(gone);
     expect_fault(" is no live object");
     EXPECT_EQ(host_->open_references().size(), 104u);
@@ -514,6 +530,9 @@ TEST_F(LibraryTest, TextIsConvertedThereAndBack) {
         EXPECT_EQ(host_->text_of(host_->new_string(bytes, *encoding).get(), kUtf8), text) << name;
         EXPECT_EQ(encoding_number(encoding_name(*encoding)), encoding);
     }
+    // An encoding that returns to its first state at the end.
+    EXPECT_EQ(host_->text_of(host_->new_string("日", kUtf8).get(), *encoding_number("ISO-2022-JP")),
+              "\x1B$BF|\x1B(B");
     EXPECT_EQ(host_->text_of(string.get(), kTextEncodingUS_ASCII), std::nullopt);
     EXPECT_EQ(host_->text_of(string.get(), 0x7777), std::nullopt);
     EXPECT_EQ(host_->text_of(string.get(), kTextEncodingUnknown), text);
@@ -590,6 +609,7 @@ TEST_F(LibraryTest, FileSpecificationsGoThereAndBack) {
     const auto is_refused = [&](size_t at, uint8_t byte) {
         FSSpec changed = spec;
         changed.bytes[at] = byte;
+        if (at == 6) std::memset(changed.bytes + 7, 'x', 63);
         return from_spec(&changed) == nullptr;
     };
     EXPECT_TRUE(is_refused(0, 0)) << "another volume";
