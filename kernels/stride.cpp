@@ -12,10 +12,27 @@ namespace {
 
 // --- Bytes
 
+// Every second or fourth word of a source that lies apart from the destination, in vectors.
+template <class Word, size_t kStep>
+void gather_every(uint8_t* __restrict destination, const uint8_t* __restrict source, size_t pieces) {
+    for (size_t i = 0; i < pieces; ++i) {
+        store(destination + i * sizeof(Word), load<Word>(source + i * kStep * sizeof(Word)));
+    }
+}
+
 // Pieces as long as a word. The source's position never leaves the pieces.
 template <class Word>
 void gather_words(uint8_t* destination, const uint8_t* source, ptrdiff_t step, size_t pieces) {
-    for (;; source += step, destination += sizeof(Word)) {
+    constexpr ptrdiff_t kWord = sizeof(Word);
+    const bool twice = step == 2 * kWord;
+    if (twice || step == 4 * kWord) {
+        // Of a distance and its negative, the one that does not wrap says how far apart the two begin.
+        const uintptr_t distance = uintptr_t(destination) - uintptr_t(source);
+        const bool apart = distance >= pieces * size_t(step) && -distance >= pieces * sizeof(Word);
+        if (apart && twice) return gather_every<Word, 2>(destination, source, pieces);
+        if (apart) return gather_every<Word, 4>(destination, source, pieces);
+    }
+    for (;; source += step, destination += kWord) {
         store(destination, load<Word>(source));
         if (--pieces == 0) return;
     }
