@@ -119,21 +119,22 @@ TEST(PolarKernels, SweepIsTheFormulaBitForBit) {
         int32_t first, last;
         double duration;
     };
-    constexpr Sweep kSweeps[] = {
-        {1, 8, 64},
-        {20, 20000, 480},
-        {8, 1, 100.5},
-        {-20, -2000, 300},
-        {5, 5, 10},
-        {0, 8, 10},
-        {8, 0, 10},
-        {-1, 8, 10},
-        {1, 8, 0},
-        {1, 8, -10},
-        {1, INT32_MAX, 3},
-        {INT32_MIN, -1, 1e-300},
-        {1, 8, std::numeric_limits<double>::quiet_NaN()},
-    };
+    // In the first two, two pi of more decimals would show, in a position and in a phase.
+    constexpr Sweep kSweeps[] = {{1, 8, 591.375},
+                                 {3, 54, 480},
+                                 {1, 8, 64},
+                                 {20, 20000, 480},
+                                 {8, 1, 100.5},
+                                 {-20, -2000, 300},
+                                 {5, 5, 10},
+                                 {0, 8, 10},
+                                 {8, 0, 10},
+                                 {-1, 8, 10},
+                                 {1, 8, 0},
+                                 {1, 8, -10},
+                                 {1, INT32_MAX, 3},
+                                 {INT32_MIN, -1, 1e-300},
+                                 {1, 8, std::numeric_limits<double>::quiet_NaN()}};
     for (const Sweep& s : kSweeps) {
         const std::vector<float> expected = sweep(500, s.first, s.last, s.duration);
         GuardedBytes table(8 * 500 + 1);

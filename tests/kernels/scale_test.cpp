@@ -16,7 +16,7 @@ TEST(ScaleKernels, AreExactForEverySampleAndFactor) {
                                    Limits::min(),
                                    0.7,
                                    1.0 / 3,
-                                   1.1,
+                                   1.005,
                                    1.5,
                                    254,
                                    256,

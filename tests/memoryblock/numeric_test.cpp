@@ -221,7 +221,7 @@ TEST_F(NumericTest, PairsAreCutToWholeOnesInsideTheBlocks) {
         for (const int32_t count : extremes(3)) {
             // 32 and 29 bytes that are there, and sizes that are unknown.
             for (const auto& [source_size, size] :
-                 {std::pair(32, kSize), {17, kSize}, {7, kSize}, {32, 24}, {0, kSize}, {32, 0}, {-1, -1}}) {
+                 {std::pair(32, kSize), {16, kSize}, {7, kSize}, {32, 24}, {0, kSize}, {32, 0}, {-1, -1}}) {
                 // Where the size is unknown, a range that leaves the memory is the caller's fault.
                 if (offset >= 0 && ((size <= 0 && offset + 8 * int64_t(std::max(count, 0)) > kSize) ||
                                     (source_size <= 0 && count > 4)))
