@@ -8,9 +8,9 @@
 namespace memoryblock {
 namespace {
 
-REALboolean combine(decltype(kernels::minimum)* kernel, REALmemoryBlock block, const void* firstMem,
-                    const void* secondMem, int32_t BitSize, REALboolean Signed, int32_t offsetByte,
-                    int32_t lengthBytes) {
+bool combine(decltype(kernels::minimum)* kernel, REALmemoryBlock block, const void* firstMem,
+             const void* secondMem, int32_t BitSize, REALboolean Signed, int32_t offsetByte,
+             int32_t lengthBytes) {
     if (!block) return RaiseNilBlock(), false;
     if (!firstMem || !secondMem) return RaiseNilPointer(), false;
     if (offsetByte < 0) return RaiseNegativeOffset(), false;
@@ -25,12 +25,14 @@ REALboolean combine(decltype(kernels::minimum)* kernel, REALmemoryBlock block, c
 
 REALboolean MinZOR(REALmemoryBlock block, void* firstMem, void* secondMem, int32_t BitSize,
                    REALboolean Signed, int32_t offsetByte, int32_t lengthBytes) {
-    return combine(kernels::minimum, block, firstMem, secondMem, BitSize, Signed, offsetByte, lengthBytes);
+    return REALboolean(
+        combine(kernels::minimum, block, firstMem, secondMem, BitSize, Signed, offsetByte, lengthBytes));
 }
 
 REALboolean MaxZOR(REALmemoryBlock block, void* firstMem, void* secondMem, int32_t BitSize,
                    REALboolean Signed, int32_t offsetByte, int32_t lengthBytes) {
-    return combine(kernels::maximum, block, firstMem, secondMem, BitSize, Signed, offsetByte, lengthBytes);
+    return REALboolean(
+        combine(kernels::maximum, block, firstMem, secondMem, BitSize, Signed, offsetByte, lengthBytes));
 }
 
 }  // namespace memoryblock

@@ -13,7 +13,7 @@ namespace memoryblock {
 REALboolean CopyNthBytes(REALmemoryBlock block, REALmemoryBlock source, int32_t SourceOffsetBytes,
                          int32_t DestinationOffsetBytes, int32_t ByteCount, int32_t StepCount,
                          int32_t NumberOfSteps) {
-    if (!source || !block) return RaiseNilBlock(), false;
+    if (!source || !block) return RaiseNilBlock(), REALboolean(false);
     const uint8_t* from = block_data(source);
     uint8_t* to = block_data(block);
     if (!from || !to) return false;
@@ -23,7 +23,7 @@ REALboolean CopyNthBytes(REALmemoryBlock block, REALmemoryBlock source, int32_t 
     const int64_t lowest = std::min(first, last);
     const int64_t span = std::max(first, last) + ByteCount - lowest;
     const int64_t copied = int64_t(NumberOfSteps) * ByteCount;
-    if (ByteCount < 0 || !inside(block_size(source), lowest, span)) return false;
+    if (!inside(block_size(source), lowest, span)) return false;
     if (!inside(block_size(block), DestinationOffsetBytes, copied)) return false;
     kernels::gather(to + DestinationOffsetBytes, from + SourceOffsetBytes, size_t(ByteCount), StepCount,
                     size_t(NumberOfSteps));
@@ -33,7 +33,7 @@ REALboolean CopyNthBytes(REALmemoryBlock block, REALmemoryBlock source, int32_t 
 REALboolean CopyNthBits(REALmemoryBlock block, REALmemoryBlock source, int32_t SourceOffsetBits,
                         int32_t DestinationOffsetBits, int32_t BitCount, int32_t StepCount,
                         int32_t NumberOfSteps) {
-    if (!source || !block) return RaiseNilBlock(), false;
+    if (!source || !block) return RaiseNilBlock(), REALboolean(false);
     const uint8_t* from = block_data(source);
     uint8_t* to = block_data(block);
     if (!from || !to) return false;
