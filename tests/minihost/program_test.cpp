@@ -67,6 +67,9 @@ TEST_F(Program, RunsWhatTheCommandLineSays) {
          "b.GetStringZOR(1, 1)'",
          "", "b\n0"},
         {"--host-version none -e 'Print BlockFromHex(\"0102\").FindByteZOR(0, 2, 2)'", "", "1\n0"},
+        // What the bundle cannot give back is told, and makes a good script fail.
+        {"--without REALUnlockObject -e 'Dim m As New MemoryBlockZOR : Print m.Create(4)'", "",
+         "True\nnot given back: MemoryBlock of 0 bytes: 1 reference\n1"},
         // Without its size a block's size is 0, and a slice of it is nothing.
         {"--without memoryBlockGetSize --without REALGetRBVersion -e 'Print "
          "BlockFromHex(\"0102\").LeftZOR(1) Is Nil'",

@@ -234,6 +234,16 @@ TEST_F(Script, ColoursTheBytesThatChanged) {
     EXPECT_EQ(run(script, {.colour = true}), plain + marked + changed);
 }
 
+TEST(HexDump, TakesABlockOfAnotherSizeForAnotherBlock) {
+    std::ostringstream out;
+    HexDump dump(true);
+    const std::vector<uint8_t> bytes{1, 2, 3};
+    dump.print(out, &out, std::span(bytes).first(1));
+    dump.print(out, &out, bytes);
+    EXPECT_EQ(out.str().find('\x1b'), std::string::npos) << out.str();
+    EXPECT_NE(out.str().find("01 02 03 "), std::string::npos) << out.str();
+}
+
 TEST_F(Script, HelpsWithNames) {
     EXPECT_EQ(run("help OSTypeZOR"),
               "MemoryBlock\n  OSTypeZOR(offset as Integer) as String   (can be assigned)\n");
