@@ -11,7 +11,7 @@
 namespace minihost {
 namespace {
 
-// --- Values, as messages show them
+// Values, as messages show them
 
 std::string text_of(const Value& value) {
     struct {
@@ -67,7 +67,7 @@ std::string alternatives(const std::vector<const Method*>& methods) {
     return text;
 }
 
-// --- Arguments
+// Arguments
 
 // The value as the declared type; nothing where that would lose something. A block may stand for a Ptr
 // to its bytes.
@@ -148,7 +148,7 @@ Fit choose(const std::vector<const Method*>& methods, std::span<const Value> arg
     throw CallError(misfit_text(name, best->method->declaration.parameters[at], arguments[at]));
 }
 
-// --- Members by name: those of a class, then those of its superclasses that they do not override
+// Members by name: those of a class, then those of its superclasses that they do not override
 
 bool same_parameters(const Method& a, const Method& b) {
     return std::ranges::equal(a.declaration.parameters, b.declaration.parameters, {}, &Parameter::type,
@@ -184,7 +184,7 @@ const Class& class_named(const Host& host, std::string_view name) {
     return *type;
 }
 
-// --- The native call
+// The native call
 
 struct NativeArgument {
     ffi_type* type;
@@ -396,7 +396,7 @@ Value Host::call_global(std::string_view name, std::span<const Value> arguments)
                         chosen.method->declaration.result);
 }
 
-// --- Exceptions
+// Exceptions
 
 namespace {
 

@@ -189,7 +189,7 @@ std::optional<std::string> Host::State::text_of(const String& string, uint32_t e
     return convert_text(string.bytes, string.encoding, encoding);
 }
 
-// --- Without a running Host the handles are gone, and there is nothing to count.
+// Without a running Host the handles are gone, and there is nothing to count.
 
 void retain(REALobject object) {
     if (Host::State::current) Host::State::current->lock("retain", object);
@@ -204,7 +204,7 @@ void release(REALstring string) {
     if (Host::State::current) Host::State::current->unlock("release", string);
 }
 
-// --- The Host's view of them
+// The Host's view of them
 
 namespace {
 

@@ -95,7 +95,7 @@ class Host {
     // the entry point, or registers records that the host cannot read.
     void load(const std::filesystem::path& bundle);
 
-    // --- What there is to call
+    // What there is to call
 
     const Options& options() const;
     // The word that the bundle announced, or nothing if it announced none.
@@ -108,7 +108,7 @@ class Host {
     const Class* find_class(std::string_view name) const;
     std::span<const Method> globals() const;
 
-    // --- Calls. The arguments are converted to the declared types where that loses nothing; missing
+    // Calls. The arguments are converted to the declared types where that loses nothing; missing
     // ones take their defaults; overloads are told apart by the argument list. Throws CallError for a
     // call that fits no declaration, and HostException for a host exception that the member raised.
 
@@ -123,7 +123,7 @@ class Host {
                        const Value& value);
     Value get_on_nil(std::string_view class_name, std::string_view property);
 
-    // --- Objects
+    // Objects
 
     const Class& class_of(REALobject object) const;
     bool is_a(REALobject object, std::string_view class_name) const;
@@ -140,7 +140,7 @@ class Host {
     void* block_data(REALobject block) const;
     int32_t block_size(REALobject block) const;
 
-    // --- Strings
+    // Strings
 
     StringRef new_string(std::string_view bytes, uint32_t encoding);
     std::string_view bytes_of(REALstring string) const;
@@ -148,7 +148,7 @@ class Host {
     // The text in another encoding; nothing when it has no form there.
     std::optional<std::string> text_of(REALstring string, uint32_t encoding) const;
 
-    // --- The accounts
+    // The accounts
 
     // References taken and not given back, one line for each object or string.
     std::vector<std::string> open_references() const;

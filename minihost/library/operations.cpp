@@ -19,7 +19,7 @@ void PluginRegisterClassExtension(REALclassDefinition* record) { state().extend_
 void PluginRegisterClass(REALclassDefinition* record) { state().register_class(record); }
 void PluginRegisterMethod(REALmethodDefinition* record) { state().register_global(record); }
 
-// --- Blocks
+// Blocks
 
 void* memoryBlockGetPtr(REALobject block) {
     const Object* object = state().checked(__func__, block, state().memory_block);
@@ -34,14 +34,14 @@ int32_t memoryBlockGetSize(REALobject block) {
 REALobject newMemoryBlock(int32_t size) { return state().add_block(size); }
 REALobject PtrToMemoryBlock(void* data) { return state().add_view(data, 0); }
 
-// --- References
+// References
 
 void REALLockObject(REALobject object) { state().lock(__func__, object); }
 void REALUnlockObject(REALobject object) { state().unlock(__func__, object); }
 void REALLockString(REALstring string) { state().lock(__func__, string); }
 void REALUnlockString(REALstring string) { state().unlock(__func__, string); }
 
-// --- Strings
+// Strings
 
 REALstring REALBuildString(const char* bytes, int32_t count) {
     if (count < 0 || (count > 0 && !bytes)) {
@@ -110,7 +110,7 @@ void* REALLoadGlobalMethod(void*, const char* prototype) {
     return nullptr;
 }
 
-// --- Exceptions
+// Exceptions
 
 REALobject PluginNewInstance(const char* class_name) {
     const Class* type = class_name ? state().find_class(class_name) : nullptr;
@@ -142,7 +142,7 @@ void RuntimeRaiseException(REALobject object) {
     state().raised = ObjectRef::share(object);
 }
 
-// --- Files
+// Files
 
 REALobject FolderItemFromFSSpec(const FSSpec* spec) {
     const auto path = spec ? state().path_of(*spec) : std::nullopt;
@@ -155,7 +155,6 @@ void REALFSSpecFromFolderItem(FSSpec* spec, REALobject item) {
     *spec = object ? state().spec_of(object->path) : FSSpec{};
 }
 
-// ---
 
 struct Operation {
     std::string_view key;

@@ -45,7 +45,7 @@ class Host::State {
 
     static inline State* current = nullptr;  // nil while no Host lives
 
-    // --- Objects and strings (heap.cpp). A new one carries one reference; nil when there is no memory.
+    // Objects and strings (heap.cpp). A new one carries one reference; nil when there is no memory.
     // `by` names the operation in which a fault is found.
     REALobject add_object(const Class& type);
     REALobject add_instance(const Class& type);  // the same, and its constructors called
@@ -64,7 +64,7 @@ class Host::State {
     void fault(const char* by, const std::string& what);
     std::optional<std::string> text_of(const String& string, uint32_t encoding) const;
 
-    // --- Classes and members (registry.cpp). What cannot be read is put down in `load_error`.
+    // Classes and members (registry.cpp). What cannot be read is put down in `load_error`.
     Class* find_class(std::string_view name);
     void register_class(REALclassDefinition* record);
     void extend_class(REALclassDefinition* record);
@@ -72,17 +72,17 @@ class Host::State {
     // Gives class names in declarations their registered spelling, once all classes are there.
     void resolve_types();
 
-    // --- Files (folder_items.cpp)
+    // Files (folder_items.cpp)
     REALobject add_folder_item(const std::filesystem::path& path);
     FSSpec spec_of(const std::filesystem::path& path);
     std::optional<std::filesystem::path> path_of(const FSSpec& spec) const;
 
-    // --- The resolver (operations.cpp)
+    // The resolver (operations.cpp)
     void* resolve(std::string_view key);
     // Not when the bundle finds no such operation, or not at once: then it frees the data itself.
     bool disposes_of_string_data() const;
 
-    // --- Calls (call.cpp). Throws the host exception that the bundle raised in the call.
+    // Calls (call.cpp). Throws the host exception that the bundle raised in the call.
     Value call(const std::string& name, void* function, REALobject* self, std::span<const Value> arguments,
                const Type& result);
     void throw_raised();

@@ -15,7 +15,7 @@ namespace {
 
 using Arguments = std::span<const Value>;
 
-// --- Blocks
+// Blocks
 
 // The place of `count` bytes inside a block. An unknown size is not checked.
 uint8_t* place(Runtime& runtime, const ObjectRef& self, const Value& offset, int64_t count) {
@@ -92,7 +92,7 @@ Value block_from_hex(Runtime& runtime, const ObjectRef&, Arguments arguments) {
     return runtime.host.new_block(bytes);
 }
 
-// --- Files
+// Files
 
 Value read_block(Runtime& runtime, const ObjectRef&, Arguments arguments) {
     try {
@@ -125,7 +125,7 @@ std::filesystem::path path_of(Runtime& runtime, const ObjectRef& self) {
     return runtime.host.path_of(self.get());
 }
 
-// --- Strings
+// Strings
 
 uint32_t encoding_argument(Runtime& runtime, const Value& name) {
     const auto encoding = encoding_number(bytes_of(runtime, name));
@@ -199,7 +199,7 @@ Value to_hex(Runtime& runtime, const ObjectRef&, Arguments arguments) {
     return utf8_string(runtime, buffer.data());
 }
 
-// --- Numbers
+// Numbers
 
 template <double function(double)>
 Value real(Runtime&, const ObjectRef&, Arguments arguments) {
@@ -242,7 +242,7 @@ Value argument(Runtime& runtime, const ObjectRef&, Arguments arguments) {
     return utf8_string(runtime, runtime.arguments[size_t(index) - 1]);
 }
 
-// --- The table
+// The table
 
 Callable function(const char* declaration, Callable::Function get, Callable::Function set = {}) {
     return {parse_declaration(declaration), std::move(get), std::move(set)};

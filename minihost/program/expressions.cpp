@@ -44,7 +44,7 @@ bool is_comparison(Op op) { return op >= Op::Equal && op <= Op::GreaterEqual; }
                                  " and " + type_name(right.type));
 }
 
-// --- Numbers
+// Numbers
 
 // Whole numbers wrap around, as the host's do.
 template <class Number>
@@ -134,7 +134,7 @@ Expression numeric(const Token& token, Op op, const Expression& left, const Expr
     return {is_comparison(op) ? kBoolean : common, token.at, std::move(evaluate)};
 }
 
-// --- Truth, strings and references
+// Truth, strings and references
 
 // What the first operand settles is settled without the second one.
 Expression logical(const Token& token, Op op, const Expression& left, const Expression& right) {
@@ -188,7 +188,7 @@ Expression identity(const Token& token, Op op, const Expression& left, const Exp
             }};
 }
 
-// --- Calls
+// Calls
 
 // " (srcOfs as Integer, numBytes as Integer)", as registered.
 std::string parameters_text(const Declaration& declaration) {

@@ -65,7 +65,7 @@ class Parser {
     Block script() { return statements({}, nullptr); }
 
  private:
-    // --- Tokens
+    // Tokens
 
     const Token& peek(size_t ahead = 0) const { return tokens_[std::min(next_ + ahead, tokens_.size() - 1)]; }
     Token take() { return tokens_[next_++]; }
@@ -105,7 +105,7 @@ class Parser {
                            [&](const auto& word) { return same_name(token.text, word); });
     }
 
-    // --- Names
+    // Names
 
     const Variable* find_variable(const std::string& name) const {
         for (auto scope = scopes_.rbegin(); scope != scopes_.rend(); ++scope) {
@@ -134,7 +134,7 @@ class Parser {
         throw ScriptError(name.at, "there is no type " + name.text + suggestion(name.text, known));
     }
 
-    // --- Nesting
+    // Nesting
 
     // One level of parentheses or blocks, until the result goes.
     auto deeper() {
@@ -151,7 +151,7 @@ class Parser {
         return Finally([this] { scopes_.pop_back(); });
     }
 
-    // --- Expressions
+    // Expressions
 
     Expression expression(int weakest = 0) {
         const auto level = deeper();
@@ -281,7 +281,7 @@ class Parser {
 
     Evaluate condition() { return converted(host_, expression(), kBoolean, "a condition").evaluate; }
 
-    // --- Blocks
+    // Blocks
 
     // The statements up to one of the words, which is left to be read. Nothing opens, and nothing closes, the
     // script itself.
@@ -314,7 +314,7 @@ class Parser {
         expect(word);
     }
 
-    // --- Statements
+    // Statements
 
     Statement statement() {
         operands_ = 0;
@@ -608,7 +608,7 @@ class Parser {
         };
     }
 
-    // --- Commands
+    // Commands
 
     Action help() {
         ++next_;

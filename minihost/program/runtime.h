@@ -31,7 +31,7 @@ struct Runtime {
 // Raises a host exception in the script.
 [[noreturn]] void raise(Runtime& runtime, std::string_view class_name, std::string_view message);
 
-// --- Types
+// Types
 
 inline const Type kNil{Kind::Object, ""};  // fits every class, and Ptr
 inline const Type kBoolean{Kind::Boolean, ""};
@@ -48,7 +48,7 @@ bool is_whole(const Type& type);
 enum class Fit { No, Narrowed, Whole };
 Fit fit(Host& host, const Type& declared, const Type& found);
 
-// --- Values. A value of a type is held in one alternative of Value always; nil references are empty ones.
+// Values. A value of a type is held in one alternative of Value always; nil references are empty ones.
 
 Value default_value(const Type& type);
 
@@ -104,7 +104,7 @@ void print_block(Runtime& runtime, const ObjectRef& block);
 std::string_view bytes_of(Runtime& runtime, const Value& string);
 Value utf8_string(Runtime& runtime, std::string_view bytes);
 
-// --- Files
+// Files
 
 // "cannot read out/x: No such file or directory", by errno.
 std::string file_error(const std::string& what, const std::filesystem::path& path);

@@ -30,7 +30,7 @@ std::string thrown(Call&& call) {
     return "";
 }
 
-// --- Declarations
+// Declarations
 
 std::string shown(const Declaration& declaration) {
     std::string text = declaration.name;
@@ -78,7 +78,7 @@ TEST(Declarations, ErrorsSayWhatWasFoundAndExpected) {
     }
 }
 
-// --- A host with members of the test's own
+// A host with members of the test's own
 
 class LibraryTest : public testing::Test {
  protected:
@@ -347,7 +347,7 @@ TEST_F(LibraryTest, RecordsThatCannotBeReadAreRefused) {
     EXPECT_EQ(add_class(known), "a class: FOLDERITEM is there already");
 }
 
-// --- Objects
+// Objects
 
 std::string events;
 REALclassDefinition* base_record = nullptr;
@@ -452,7 +452,7 @@ TEST_F(LibraryTest, AccountsShowWhatIsOpenAndWhatIsWrong) {
     EXPECT_EQ(host_->open_references().size(), 104u);
 }
 
-// --- Exceptions
+// Exceptions
 
 TEST_F(LibraryTest, AnExceptionReachesTheCallerAfterTheMemberHasReturned) {
     std::vector<REALmethodDefinition> methods = {
@@ -504,7 +504,7 @@ TEST_F(LibraryTest, AnExceptionReachesTheCallerAfterTheMemberHasReturned) {
     EXPECT_EQ(operation<REALobject(const char*)>("PluginNewInstance")("NoSuchException"), nullptr);
 }
 
-// --- Strings
+// Strings
 
 TEST_F(LibraryTest, TextIsConvertedThereAndBack) {
     const std::string text = "Größe é";  // UTF-8
@@ -585,7 +585,7 @@ TEST_F(LibraryTest, LenBIsFoundByItsPrototype) {
     EXPECT_EQ(LenB(nullptr), 0);
 }
 
-// --- Files
+// Files
 
 TEST_F(LibraryTest, FileSpecificationsGoThereAndBack) {
     const auto to_spec = operation<void(FSSpec*, REALobject)>("REALFSSpecFromFolderItem");
@@ -622,7 +622,7 @@ TEST_F(LibraryTest, FileSpecificationsGoThereAndBack) {
     EXPECT_EQ(host_->faults(), std::vector<std::string>{});
 }
 
-// --- Bundles
+// Bundles
 
 TEST_F(LibraryTest, OnlyBundlesAreLoaded) {
     const auto error = [&](const std::string& path) { return thrown<LoadError>([&] { host_->load(path); }); };
