@@ -10,7 +10,7 @@
 namespace kernels {
 namespace {
 
-// --- Bytes
+// Bytes
 
 // Every second or fourth word of a source that lies apart from the destination, in vectors.
 template <class Word, size_t kStep>
@@ -59,7 +59,7 @@ void gather_runs(uint8_t* destination, const uint8_t* source, size_t piece, ptrd
     }
 }
 
-// --- Bits
+// Bits
 
 // Reads bits of a run without touching a byte outside it.
 class BitReader {
@@ -178,7 +178,7 @@ uint64_t group_mask(uint64_t bits, uint64_t step, unsigned groups) {
     return mask;
 }
 
-// --- Bits to bytes
+// Bits to bytes
 
 // The eight bytes for the bits of one byte, its most significant bit first in memory.
 uint64_t expand_byte(uint8_t byte, uint64_t low, uint64_t low_to_high) {

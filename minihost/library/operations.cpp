@@ -155,7 +155,6 @@ void REALFSSpecFromFolderItem(FSSpec* spec, REALobject item) {
     *spec = object ? state().spec_of(object->path) : FSSpec{};
 }
 
-
 struct Operation {
     std::string_view key;
     void* function;

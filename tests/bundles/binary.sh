@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # What the bundle's file promises: binary.sh BUNDLE
-# One exported symbol, nothing needed but libc and libm, full RELRO, and no code that runs at load time.
+# One exported symbol, nothing needed but libc and libm, full RELRO, no code that runs at load time, and float
+# arithmetic as it is written.
 set -euo pipefail
 bundle=$1
 dynamic=$(readelf --dynamic --wide "$bundle")
@@ -32,4 +33,8 @@ expect "code that runs at load time" lacks "$dynamic" '\((INIT|INIT_ARRAY|PREINI
 expect "code that is changed at load time" lacks "$dynamic" 'TEXTREL'
 expect "exception tables" lacks "$(readelf --sections --wide "$bundle")" gcc_except_table
 expect "exceptions or RTTI" lacks "$(nm "$bundle")" ' (_ZTI|_ZTS|__cxa_|__gxx_|_Unwind_)'
+# A fused operation rounds once where two roundings are promised; a sine and a cosine computed together may have
+# other bits than those of sinf and cosf.
+expect "fused multiply-adds" lacks "$(objdump --disassemble --no-show-raw-insn "$bundle")" '\bvfn?m(add|sub)'
+expect "sine and cosine in one call" lacks "$(nm --dynamic "$bundle")" 'sincos|cexp'
 exit $faults
