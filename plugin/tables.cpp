@@ -18,7 +18,8 @@ constexpr auto class_member = method_record<REALobject, Declaration, Function>()
 template <Text Name, Text Type, auto Getter>
 constexpr auto class_property = property_record<REALobject, Name, Type, Getter>();
 
-// clang-format off: one line per member
+// One line per member, however long.
+// clang-format off
 
 constinit Table memBlkClassProperties{
     property<"BytesZOR", "Integer", GetBlockSize>,
