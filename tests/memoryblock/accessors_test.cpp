@@ -13,16 +13,12 @@ using namespace std::string_view_literals;
 
 namespace {
 
-const uint32_t kUtf8 = *minihost::encoding_number("UTF-8");
 const uint32_t kUtf16 = *minihost::encoding_number("UTF-16");
 
 class AccessorsTest : public BundleTest {
  protected:
     void SetUp() override { start(); }
 
-    StringRef text(std::string_view bytes, uint32_t encoding = kTextEncodingUnknown) {
-        return host().new_string(bytes, encoding);
-    }
     // A string that a member returned: its encoding and its bytes; nothing for nil.
     std::optional<std::pair<uint32_t, std::string>> string(const ObjectRef& block, const char* member,
                                                            std::vector<Value> arguments) {

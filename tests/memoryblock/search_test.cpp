@@ -14,8 +14,6 @@ using namespace std::string_view_literals;
 
 namespace {
 
-const uint32_t kUtf8 = *minihost::encoding_number("UTF-8");
-
 using Bytes = std::vector<uint8_t>;
 
 class SearchTest : public BundleTest {
@@ -24,9 +22,6 @@ class SearchTest : public BundleTest {
 
     int32_t find(const char* member, const ObjectRef& block, std::vector<Value> arguments) {
         return call_for<int32_t>(block, member, std::move(arguments));
-    }
-    StringRef text(std::string_view bytes, uint32_t encoding = kTextEncodingUnknown) {
-        return host().new_string(bytes, encoding);
     }
 };
 

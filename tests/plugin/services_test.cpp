@@ -12,8 +12,6 @@ using minihost::Value;
 
 namespace {
 
-const uint32_t kUtf8 = *minihost::encoding_number("UTF-8");
-
 class ServicesTest : public BundleTest {
  protected:
     void start(Options options = {}) { BundleTest::start(std::move(options), PROBE_BUNDLE); }
@@ -29,9 +27,7 @@ class ServicesTest : public BundleTest {
         const auto found = bytes(*block);
         return std::string(found.begin(), found.end());
     }
-    StringRef text(std::string_view bytes, uint32_t encoding = kTextEncodingUS_ASCII) {
-        return host().new_string(bytes, encoding);
-    }
+    StringRef ascii(std::string_view bytes) { return text(bytes, kTextEncodingUS_ASCII); }
     // What a raised exception shows of itself.
     std::string raise(const Value& class_name, const Value& message) {
         try {
@@ -47,14 +43,14 @@ class ServicesTest : public BundleTest {
 };
 
 TEST_F(ServicesTest, ExceptionsHaveTheirClassMessageAndEncoding) {
-    const std::string ascii = minihost::encoding_name(kTextEncodingUS_ASCII);
+    const std::string encoding = minihost::encoding_name(kTextEncodingUS_ASCII);
     for (const double version : {2011.0, 2012.0, 2013.04}) {
         start({.version = version});
-        EXPECT_EQ(raise(text("NilObjectException"), text("memoryblock is nil")),
-                  "NilObjectException|memoryblock is nil|" + ascii);
-        EXPECT_EQ(raise(text("NoSuchException"), text("why")), "RuntimeException|why|" + ascii);
-        for (const Value& none : {Value(text("")), Value(StringRef())}) {
-            EXPECT_TRUE(raise(text("RuntimeException"), none).starts_with("RuntimeException||"));
+        EXPECT_EQ(raise(ascii("NilObjectException"), ascii("memoryblock is nil")),
+                  "NilObjectException|memoryblock is nil|" + encoding);
+        EXPECT_EQ(raise(ascii("NoSuchException"), ascii("why")), "RuntimeException|why|" + encoding);
+        for (const Value& none : {Value(ascii("")), Value(StringRef())}) {
+            EXPECT_TRUE(raise(ascii("RuntimeException"), none).starts_with("RuntimeException||"));
         }
     }
 }
@@ -62,7 +58,7 @@ TEST_F(ServicesTest, ExceptionsHaveTheirClassMessageAndEncoding) {
 TEST_F(ServicesTest, ExceptionsGoAsFarAsTheHostCan) {
     const auto without = [&](const char* key) {
         start({.without = {key}});
-        const std::string seen = raise(text("NilObjectException"), text("why"));
+        const std::string seen = raise(ascii("NilObjectException"), ascii("why"));
         return seen.substr(0, seen.rfind('|'));
     };
     EXPECT_EQ(without("PluginNewInstance"), "nothing");
@@ -99,16 +95,16 @@ TEST_F(ServicesTest, StringDataComesFromTheHostOrFromTheFallback) {
         // No form in Mac OS Roman.
         EXPECT_EQ(block_of("StringData", {text("\xE6\x97\xA5", kUtf8), roman}), std::nullopt);
         if (fallback) {
-            EXPECT_EQ(block_of("StringData", {text("abc"), stored, 4}), std::string("abc\0\0\0\0", 7));
+            EXPECT_EQ(block_of("StringData", {ascii("abc"), stored, 4}), std::string("abc\0\0\0\0", 7));
             EXPECT_EQ(block_of("StringData", {e, roman, 4}), std::string("\x8Et\x8E\0\0\0\0", 7));
         }
     }
     for (const char* key : {"StringGetCString", "REALLoadGlobalMethod"}) {
         start({.without = {"PluginGetStringData", "PluginDisposeStringData", key}});
-        EXPECT_EQ(block_of("StringData", {text("abc"), stored}), std::nullopt) << key;
+        EXPECT_EQ(block_of("StringData", {ascii("abc"), stored}), std::nullopt) << key;
     }
     start({.without = {"PluginGetStringData", "PluginDisposeStringData", "REALConvertString"}});
-    EXPECT_EQ(block_of("StringData", {text("abc"), roman}), std::nullopt);
+    EXPECT_EQ(block_of("StringData", {ascii("abc"), roman}), std::nullopt);
     // A host that cannot tell an encoding counts as telling Mac OS Roman.
     start({.without = {"PluginGetStringData", "PluginDisposeStringData", "REALGetStringEncoding"}});
     EXPECT_EQ(block_of("StringData", {text("\xC3\xA9", kUtf8), roman}), "\xC3\xA9");
@@ -120,7 +116,7 @@ TEST_F(ServicesTest, TheMacRomanViewIsTerminated) {
         start({.version = version});
         EXPECT_EQ(block_of("MacRoman", {text("\xC3\xA9t\xC3\xA9", kUtf8), false}),
                   std::string("\x8Et\x8E\0", 4));
-        EXPECT_EQ(block_of("MacRoman", {text("abc"), false}), std::string("abc\0", 4));
+        EXPECT_EQ(block_of("MacRoman", {ascii("abc"), false}), std::string("abc\0", 4));
         EXPECT_EQ(block_of("MacRoman", {StringRef(), false}), std::string("\0", 1));
         EXPECT_EQ(block_of("MacRoman", {text("\xE6\x97\xA5", kUtf8), false}), std::nullopt);
         // Stored bytes are neither converted nor copied; what follows them is the host's.
@@ -128,7 +124,7 @@ TEST_F(ServicesTest, TheMacRomanViewIsTerminated) {
         EXPECT_EQ(as_stored.value_or("").substr(0, 2), "\xC3\xA9");
     }
     start({.version = 2011.0, .without = {"REALConvertString"}});
-    EXPECT_EQ(block_of("MacRoman", {text("abc"), false}), std::nullopt);
+    EXPECT_EQ(block_of("MacRoman", {ascii("abc"), false}), std::nullopt);
 }
 
 TEST_F(ServicesTest, StoredBytesAreReadAsTheHostVersionHasThem) {
@@ -140,7 +136,7 @@ TEST_F(ServicesTest, StoredBytesAreReadAsTheHostVersionHasThem) {
         EXPECT_EQ(block_of("StringBuffer", {StringRef()}), std::nullopt);
     }
     start({.without = {"PluginGetStringData", "StringGetCString"}});
-    EXPECT_EQ(block_of("StringBuffer", {text("abc")}), std::nullopt);
+    EXPECT_EQ(block_of("StringBuffer", {ascii("abc")}), std::nullopt);
 }
 
 TEST_F(ServicesTest, ABufferOverABlockKnowsOnlySizesAboveZero) {

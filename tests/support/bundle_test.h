@@ -32,6 +32,10 @@ class BundleTest : public testing::Test {
     minihost::ObjectRef view(GuardedBytes& bytes, int32_t reported_size);
     std::vector<uint8_t> bytes(const minihost::ObjectRef& block);
 
+    minihost::StringRef text(std::string_view bytes, uint32_t encoding = kTextEncodingUnknown) {
+        return host_->new_string(bytes, encoding);
+    }
+
     // Calls a member of an object; a nil object stands for a nil MemoryBlock.
     minihost::Value call(const minihost::ObjectRef& self, std::string_view name,
                          std::vector<minihost::Value> arguments = {});
@@ -68,6 +72,8 @@ class BundleTest : public testing::Test {
  private:
     std::unique_ptr<minihost::Host> host_;
 };
+
+inline const uint32_t kUtf8 = *minihost::encoding_number("UTF-8");
 
 // What members report.
 inline constexpr const char* kNilBlock = "NilObjectException: memoryblock is nil";
