@@ -73,7 +73,7 @@ TEST_F(ServicesTest, TheOutOfMemoryMessageTellsTheSize) {
     start();
     for (const auto& [size, number] :
          {std::pair(int64_t(INT32_MAX), "2147483647"), std::pair(INT64_MIN, "-9223372036854775808")}) {
-        EXPECT_EQ(raised([&] { global("RaiseOutOfMemory", {size}); }),
+        EXPECT_EQ(raised([&, bytes = size] { global("RaiseOutOfMemory", {bytes}); }),
                   std::string("OutOfMemoryException: Failed to allocate a memoryblock with ") + number +
                       " bytes in size.");
     }
