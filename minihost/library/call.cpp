@@ -408,6 +408,14 @@ std::string text_of(const Object& raised) {
 
 }  // namespace
 
+void Host::raise(std::string_view class_name, std::string_view message) {
+    ObjectRef exception = new_instance(class_name);
+    Object* object = state_->live(exception.get());
+    if (!object) throw std::logic_error("there is no class " + std::string(class_name));
+    object->message = new_string(message, *encoding_number("UTF-8"));
+    throw HostException(std::move(exception));
+}
+
 HostException::HostException(ObjectRef raised_object)
     : std::runtime_error(text_of(*Host::State::current->live(raised_object.get()))),
       object(std::move(raised_object)) {

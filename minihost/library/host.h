@@ -122,6 +122,8 @@ class Host {
     void assign_on_nil(std::string_view class_name, std::string_view name, std::span<const Value> arguments,
                        const Value& value);
     Value get_on_nil(std::string_view class_name, std::string_view property);
+    // Throws a host exception of the given class, with a message in UTF-8, as the host's own functions do.
+    [[noreturn]] void raise(std::string_view class_name, std::string_view message);
 
     // Objects
 

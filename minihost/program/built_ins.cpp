@@ -95,22 +95,32 @@ Value block_from_hex(Runtime& runtime, const ObjectRef&, Arguments arguments) {
 // Files
 
 Value read_block(Runtime& runtime, const ObjectRef&, Arguments arguments) {
+    const std::filesystem::path path(bytes_of(runtime, arguments[0]));
+    std::string bytes;
     try {
-        return runtime.host.new_block(read_file(bytes_of(runtime, arguments[0])));
+        bytes = read_file(path);
     } catch (const std::runtime_error& error) {
         raise(runtime, "IOException", error.what());
     }
+    ObjectRef block = runtime.host.new_block(bytes);
+    if (!block) raise(runtime, "OutOfMemoryException", "no block is large enough for " + path.string());
+    return block;
 }
 
 Value write_block(Runtime& runtime, const ObjectRef&, Arguments arguments) {
     const std::filesystem::path path(bytes_of(runtime, arguments[0]));
     const ObjectRef& block = std::get<ObjectRef>(arguments[1]);
     if (!block) raise(runtime, "NilObjectException", "memoryblock is nil");
+    const int32_t size = runtime.host.block_size(block.get());
+    const auto* data = static_cast<const char*>(runtime.host.block_data(block.get()));
+    if (size < 0 || (size == 0 && data)) {
+        raise(runtime, "IOException",
+              "cannot write " + path.string() + ": how many bytes the block has is unknown");
+    }
     std::error_code error;
     if (path.has_parent_path()) std::filesystem::create_directories(path.parent_path(), error);
     std::ofstream file(path, std::ios::binary);
-    const auto* data = static_cast<const char*>(runtime.host.block_data(block.get()));
-    file.write(data, std::max(runtime.host.block_size(block.get()), 0));
+    file.write(data, size);
     file.close();
     if (!file) raise(runtime, "IOException", file_error("cannot write", path));
     return {};

@@ -5,10 +5,9 @@
 #include <cstdio>
 #include <cstring>
 #include <fstream>
-#include <iterator>
 #include <ostream>
+#include <sstream>
 
-#include "minihost/library/state.h"
 #include "minihost/program/names.h"
 
 namespace minihost {
@@ -50,10 +49,7 @@ Overloaded(Functions...) -> Overloaded<Functions...>;
 }  // namespace
 
 void raise(Runtime& runtime, std::string_view class_name, std::string_view message) {
-    ObjectRef exception = runtime.host.new_instance(class_name);
-    const auto text = std::get<StringRef>(utf8_string(runtime, message));
-    runtime.host.state().live(exception.get())->message = text;
-    throw HostException(std::move(exception));
+    runtime.host.raise(class_name, message);
 }
 
 Type object_type(std::string_view class_name) { return {Kind::Object, std::string(class_name)}; }
@@ -162,11 +158,14 @@ std::string file_error(const std::string& what, const std::filesystem::path& pat
 }
 
 std::string read_file(const std::filesystem::path& path) {
-    std::error_code error;
+    std::error_code ignored;
     std::ifstream file(path, std::ios::binary);
-    if (std::filesystem::is_directory(path, error)) errno = EISDIR;
-    if (!file || error || errno == EISDIR) throw std::runtime_error(file_error("cannot read", path));
-    return {std::istreambuf_iterator<char>(file), {}};
+    const bool directory = std::filesystem::is_directory(path, ignored);
+    if (directory) errno = EISDIR;
+    if (directory || !file) throw std::runtime_error(file_error("cannot read", path));
+    std::ostringstream text;
+    text << file.rdbuf();
+    return std::move(text).str();
 }
 
 }  // namespace minihost

@@ -146,6 +146,8 @@ TEST_F(Script, SaysWhatIsWrongAndWhere) {
         {"Print ReadFile(\"/nix\")", "s:1: IOException: cannot read /nix: No such file or directory"},
         {"WriteFile \"/proc/nix\", BlockFromHex(\"00\")",
          "s:1: IOException: cannot write /proc/nix: No such file or directory"},
+        {"WriteFile \"out\", NewMemoryBlockFromPtrZOR(1)",
+         "s:1: IOException: cannot write out: how many bytes the block has is unknown"},
         {"Print BlockFromHex(\"0g\")",
          "s:1: RuntimeException: BlockFromHex takes pairs of hexadecimal digits"},
         {"Dim picture As Integer\npictre = 1",
@@ -212,6 +214,10 @@ TEST_F(Script, ReadsAndWritesFiles) {
                   settings),
               "00000000  00 FF                                             ..\n");
     EXPECT_EQ(std::filesystem::file_size(folder / "a/b"), 2u);
+    EXPECT_EQ(run("Try\nPrint ReadFile(ScriptFolder)\nCatch e As IOException\nPrint e.Message\nEnd Try\n"
+                  "Print ReadFile(ScriptFolder + \"/a/b\").Size",
+                  settings),
+              "cannot read " + folder.string() + ": Is a directory\n2\n");
     std::filesystem::remove_all(folder);
 }
 
