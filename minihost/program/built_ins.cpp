@@ -9,6 +9,7 @@
 
 #include "minihost/program/functions.h"
 #include "minihost/program/names.h"
+#include "minihost/program/picture.h"
 
 namespace minihost {
 namespace {
@@ -107,9 +108,9 @@ Value read_block(Runtime& runtime, const ObjectRef&, Arguments arguments) {
     return block;
 }
 
-Value write_block(Runtime& runtime, const ObjectRef&, Arguments arguments) {
-    const std::filesystem::path path(bytes_of(runtime, arguments[0]));
-    const ObjectRef& block = std::get<ObjectRef>(arguments[1]);
+// The bytes of a block that is to be written.
+std::string_view contents(Runtime& runtime, const std::filesystem::path& path, const Value& value) {
+    const ObjectRef& block = std::get<ObjectRef>(value);
     if (!block) raise(runtime, "NilObjectException", "memoryblock is nil");
     const int32_t size = runtime.host.block_size(block.get());
     const auto* data = static_cast<const char*>(runtime.host.block_data(block.get()));
@@ -117,12 +118,40 @@ Value write_block(Runtime& runtime, const ObjectRef&, Arguments arguments) {
         raise(runtime, "IOException",
               "cannot write " + path.string() + ": how many bytes the block has is unknown");
     }
+    return {data, size_t(size)};
+}
+
+void write_file(Runtime& runtime, const std::filesystem::path& path, std::string_view bytes) {
     std::error_code error;
     if (path.has_parent_path()) std::filesystem::create_directories(path.parent_path(), error);
     std::ofstream file(path, std::ios::binary);
-    file.write(data, size);
+    file.write(bytes.data(), std::ssize(bytes));
     file.close();
     if (!file) raise(runtime, "IOException", file_error("cannot write", path));
+}
+
+Value write_block(Runtime& runtime, const ObjectRef&, Arguments arguments) {
+    const std::filesystem::path path(bytes_of(runtime, arguments[0]));
+    write_file(runtime, path, contents(runtime, path, arguments[1]));
+    return {};
+}
+
+Value write_picture(Runtime& runtime, const ObjectRef&, Arguments arguments) {
+    const std::filesystem::path path(bytes_of(runtime, arguments[0]));
+    const std::string_view samples = contents(runtime, path, arguments[1]);
+    const auto width = number<int32_t>(arguments[2]);
+    const auto height = number<int32_t>(arguments[3]);
+    const int64_t pixels = int64_t(width) * height;
+    const bool sized = width > 0 && height > 0 && std::ssize(samples) % pixels == 0;
+    const int64_t samples_per_pixel = sized ? std::ssize(samples) / pixels : 0;
+    if (samples_per_pixel < 1 || samples_per_pixel > 4) {
+        raise(runtime, "IOException",
+              "cannot write " + path.string() + ": " + std::to_string(samples.size()) +
+                  " bytes are no 1 to 4 samples for each of " + std::to_string(width) + " x " +
+                  std::to_string(height) + " pixels");
+    }
+    write_file(runtime, path,
+               png(reinterpret_cast<const uint8_t*>(samples.data()), width, height, int(samples_per_pixel)));
     return {};
 }
 
@@ -283,6 +312,9 @@ std::vector<BuiltIn> table() {
     return {
         row("", function("ReadFile(path as String) as MemoryBlock", read_block)),
         row("", function("WriteFile(path as String, block as MemoryBlock)", write_block)),
+        row("", function("WritePicture(path as String, samples as MemoryBlock, width as Integer, height as "
+                         "Integer)",
+                         write_picture)),
         row("", function("BlockFromHex(digits as String) as MemoryBlock", block_from_hex)),
         row("", function("GetFolderItem(path as String) as FolderItem", folder_item)),
         row("", function("ArgCount as Integer",

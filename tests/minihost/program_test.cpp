@@ -11,6 +11,7 @@
 #include <string>
 
 namespace fs = std::filesystem;
+using namespace std::string_literals;
 
 namespace {
 
@@ -95,8 +96,8 @@ TEST_F(Program, RefusesWhatIsNoBundle) {
 TEST_F(Program, GivesTheTour) {
     const std::string script = SOURCE_DIR "/examples/tour.rbs";
     EXPECT_EQ(run(script), read(SOURCE_DIR "/tests/minihost/tour.txt") + "0");
-    EXPECT_EQ(fs::file_size(folder_ / "out/tour-negative.ppm"),
-              fs::file_size(SOURCE_DIR "/examples/data/harbour.ppm"));
+    EXPECT_TRUE(fs::exists(folder_ / "out/tour-negative.png"));
+    EXPECT_TRUE(fs::exists(folder_ / "out/tour-brighter.png"));
 }
 
 TEST_F(Program, RunsEveryExample) {
@@ -109,7 +110,9 @@ TEST_F(Program, RunsEveryExample) {
     }
     EXPECT_EQ(fs::file_size(folder_ / "out/chimes.wav"),
               fs::file_size(SOURCE_DIR "/examples/data/chimes.au") + 20);
-    EXPECT_TRUE(read(folder_ / "out/expanded.pgm").starts_with("P5\n192 128\n255\n"));
+    // The signature, and the head with width, height, 8 bits for each sample, and grey.
+    EXPECT_TRUE(read(folder_ / "out/expanded.png")
+                    .starts_with("\x89PNG\r\n\x1A\n\0\0\0\rIHDR\0\0\0\xC0\0\0\0\x80\x8\0"s));
 }
 
 TEST_F(Program, PromptsAtATerminal) {

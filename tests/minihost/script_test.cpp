@@ -146,6 +146,8 @@ TEST_F(Script, SaysWhatIsWrongAndWhere) {
         {"Print ReadFile(\"/nix\")", "s:1: IOException: cannot read /nix: No such file or directory"},
         {"WriteFile \"/proc/nix\", BlockFromHex(\"00\")",
          "s:1: IOException: cannot write /proc/nix: No such file or directory"},
+        {"WritePicture \"out\", BlockFromHex(\"00 00 00\"), 2, 1",
+         "s:1: IOException: cannot write out: 3 bytes are no 1 to 4 samples for each of 2 x 1 pixels"},
         {"WriteFile \"out\", NewMemoryBlockFromPtrZOR(1)",
          "s:1: IOException: cannot write out: how many bytes the block has is unknown"},
         {"Print BlockFromHex(\"0g\")",
