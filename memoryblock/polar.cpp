@@ -10,11 +10,7 @@
 namespace memoryblock {
 namespace {
 
-// The whole pairs among `count` that lie inside a block from `offset` on.
-size_t whole_pairs(REALmemoryBlock block, int32_t offset, int32_t count) {
-    constexpr int64_t kPair = 2 * sizeof(float);
-    return cut(block_size(block), offset, kPair * count).count / kPair;
-}
+constexpr int32_t kPair = 2 * sizeof(float);  // bytes
 
 void convert(decltype(kernels::polar_to_cartesian)* kernel, REALmemoryBlock block, int32_t offsetByte,
              int32_t Z, REALmemoryBlock source) {
@@ -24,7 +20,9 @@ void convert(decltype(kernels::polar_to_cartesian)* kernel, REALmemoryBlock bloc
     uint8_t* to = block_data(block);
     const uint8_t* from = block_data(source);
     if (!to || !from) return;
-    kernel(to + offsetByte, from, std::min(whole_pairs(block, offsetByte, Z), whole_pairs(source, 0, Z)));
+    const Range stored = cut(block_size(block), offsetByte, int64_t{Z} * kPair);
+    const Range taken = cut(block_size(source), 0, int64_t{Z} * kPair);
+    kernel(to + stored.first, from, std::min(stored.count, taken.count) / kPair);
 }
 
 }  // namespace
@@ -35,7 +33,8 @@ void CalcLogSweepTable(REALmemoryBlock block, int32_t offsetByte, int32_t Z, int
     if (offsetByte < 0) return RaiseNegativeOffset();
     uint8_t* to = block_data(block);
     if (!to) return;
-    kernels::log_sweep(to + offsetByte, whole_pairs(block, offsetByte, Z), lw1, lw2, T);
+    const Range range = cut(block_size(block), offsetByte, int64_t{Z} * kPair);
+    kernels::log_sweep(to + range.first, range.count / kPair, lw1, lw2, T);
 }
 
 void ConvertPolarToCartesian(REALmemoryBlock block, int32_t offsetByte, int32_t Z,

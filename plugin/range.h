@@ -20,7 +20,7 @@ struct Range {
 inline Range cut(int64_t size, int64_t offset, int64_t count) {
     if (size > 0) count = std::min(count, size - offset);
     if (offset < 0 || count <= 0) return {};
-    return {size_t(offset), size_t(count)};
+    return {size_t(offset), size_t(std::min<int64_t>(count, PTRDIFF_MAX))};  // no memory is larger
 }
 
 // Whether all of [offset, offset + count) lies inside. A negative offset or count does not.

@@ -278,4 +278,21 @@ TEST_F(NumericTest, BlocksAreHeldWhileTheirBytesAreUsed) {
     }
 }
 
+// More pairs than 32 bits count bytes for: the block of known size still sets the limit.
+TEST_F(NumericTest, PairsAreCountedIn64Bits) {
+    Random random;
+    GuardedBytes source(80, GuardedBytes::kEnd);
+    for (size_t i = 0; i < 80; i += sizeof(float)) {
+        const float number = std::uniform_real_distribution(-5.0F, 5.0F)(random);
+        std::memcpy(source.data() + i, &number, sizeof number);
+    }
+    GuardedBytes expected(80, GuardedBytes::kEnd);
+    call(view(expected), "_ConvertPolarToCartesian", {0, 10, view(source)});
+    for (const int32_t pairs : {1 << 28, 1 << 29, (1 << 29) + 1, INT32_MAX}) {
+        GuardedBytes converted(80, GuardedBytes::kEnd);
+        call(view(converted, 0), "_ConvertPolarToCartesian", {0, pairs, view(source)});
+        EXPECT_TRUE(same_bytes(converted.bytes(), expected.bytes())) << pairs << " pairs";
+    }
+}
+
 }  // namespace
