@@ -2,6 +2,7 @@
 // single bytes only inside the word that matters and after the last whole one.
 #include "kernels/search.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "kernels/words.h"
@@ -10,6 +11,7 @@ namespace kernels {
 namespace {
 
 constexpr size_t kWord = sizeof(uint64_t);
+constexpr size_t kGroup = 4 * kWord;
 
 }  // namespace
 
@@ -21,10 +23,14 @@ size_t find_byte(const uint8_t* data, size_t n, uint8_t value) {
 size_t find_not_byte(const uint8_t* data, size_t n, uint8_t value) {
     const uint64_t same = eight_of(value);
     const auto differences = [&](size_t i) { return load<uint64_t>(data + i) ^ same; };
+    // Whole groups are aligned: none reaches into a page behind that of the byte that decides.
+    const size_t head = std::min(n, size_t(-uintptr_t(data) % kGroup));
     size_t i = 0;
-    while (n - i >= 4 * kWord && (differences(i) | differences(i + kWord) | differences(i + 2 * kWord) |
-                                  differences(i + 3 * kWord)) == 0) {
-        i += 4 * kWord;
+    while (i < head && data[i] == value) ++i;
+    if (i < head) return i;
+    while (n - i >= kGroup && (differences(i) | differences(i + kWord) | differences(i + 2 * kWord) |
+                               differences(i + 3 * kWord)) == 0) {
+        i += kGroup;
     }
     while (n - i >= kWord && differences(i) == 0) i += kWord;
     while (i < n && data[i] == value) ++i;
@@ -51,7 +57,7 @@ bool all_zero(const uint8_t* data, size_t n) { return find_not_byte(data, n, 0) 
 bool all_ascii(const uint8_t* data, size_t n) {
     const uint64_t high_bits = eight_of(0x80);
     size_t i = 0;
-    for (; n - i >= 4 * kWord; i += 4 * kWord) {
+    for (; n - i >= kGroup; i += kGroup) {
         const uint64_t bits = load<uint64_t>(data + i) | load<uint64_t>(data + i + kWord) |
                               load<uint64_t>(data + i + 2 * kWord) | load<uint64_t>(data + i + 3 * kWord);
         if ((bits & high_bits) != 0) return false;

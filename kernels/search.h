@@ -8,7 +8,8 @@ namespace kernels {
 
 inline constexpr size_t kNotFound = SIZE_MAX;
 
-// The index of the first of n bytes that is, or is not, `value`.
+// The index of the first of n bytes that is, or is not, `value`. What lies behind the page of that byte is
+// not read.
 size_t find_byte(const uint8_t* data, size_t n, uint8_t value);
 size_t find_not_byte(const uint8_t* data, size_t n, uint8_t value);
 

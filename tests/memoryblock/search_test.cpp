@@ -193,4 +193,16 @@ TEST_F(SearchTest, NilHasItsOwnAnswers) {
     }
 }
 
+// Where the size is unknown, what follows the byte that decides may be no memory at all.
+TEST_F(SearchTest, NoByteIsReadBehindThePageOfTheOneThatDecides) {
+    for (const size_t decisive : {0u, 7u, 8u, 40u, 99u}) {
+        GuardedBytes memory(100, GuardedBytes::kEnd);
+        memory.data()[decisive] = 1;
+        const ObjectRef open = view(memory, 0);
+        EXPECT_EQ(find("FindByteZOR", open, {0, INT32_MAX, 1}), int32_t(decisive));
+        EXPECT_EQ(find("FindNotByteZOR", open, {0, INT32_MAX, 0}), int32_t(decisive));
+        EXPECT_FALSE(call_for<bool>(open, "BytesZeroZOR", {0, INT32_MAX}));
+    }
+}
+
 }  // namespace
