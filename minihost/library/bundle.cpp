@@ -1,8 +1,10 @@
 #include <dlfcn.h>
+#include <link.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
+#include <fstream>
 
 #include "minihost/library/state.h"
 
@@ -10,10 +12,27 @@ namespace minihost {
 namespace {
 
 void require_readable(const std::filesystem::path& bundle) {
-    std::error_code ignored;
-    if (std::filesystem::is_directory(bundle, ignored))
-        throw LoadError(bundle.string() + ": a directory, no bundle");
     if (access(bundle.c_str(), R_OK) != 0) throw LoadError(bundle.string() + ": " + std::strerror(errno));
+    std::error_code ignored;
+    if (!std::filesystem::is_regular_file(bundle, ignored))
+        throw LoadError(bundle.string() + ": no regular file, so no bundle");
+}
+
+// The dynamic linker maps what a file's headers announce, and reading behind the end of a file that was cut
+// off ends the program. What is no such file at all is left to the linker, which says so.
+void require_whole(const std::filesystem::path& bundle) {
+    std::ifstream file(bundle, std::ios::binary);
+    ElfW(Ehdr) head = {};
+    file.read(reinterpret_cast<char*>(&head), sizeof head);
+    if (!file || std::memcmp(head.e_ident, ELFMAG, SELFMAG) != 0) return;
+    file.seekg(std::streamoff(head.e_phoff));
+    const uint64_t size = std::filesystem::file_size(bundle);
+    for (int i = 0; i < head.e_phnum; ++i) {
+        ElfW(Phdr) segment = {};
+        file.read(reinterpret_cast<char*>(&segment), sizeof segment);
+        if (!file || segment.p_offset > size || segment.p_filesz > size - segment.p_offset)
+            throw LoadError(bundle.string() + ": no bundle that can be loaded (the file is cut off)");
+    }
 }
 
 std::filesystem::path temporary_copy(const std::filesystem::path& bundle) {
@@ -23,8 +42,9 @@ std::filesystem::path temporary_copy(const std::filesystem::path& bundle) {
     close(file);
     std::error_code error;
     std::filesystem::copy_file(bundle, name, std::filesystem::copy_options::overwrite_existing, error);
-    if (error) throw LoadError(bundle.string() + ": cannot be copied to " + name + ": " + error.message());
-    return name;
+    if (!error) return name;
+    std::filesystem::remove(name);
+    throw LoadError(bundle.string() + ": cannot be copied to " + name + ": " + error.message());
 }
 
 // The dynamic linker names the file that it was given first.
@@ -40,6 +60,7 @@ std::string linker_reason(const std::filesystem::path& image) {
 // The dynamic linker would hand out the image of a file that it has loaded before, so it gets a copy.
 EntryPoint open_bundle(const std::filesystem::path& bundle) {
     require_readable(bundle);
+    require_whole(bundle);
     const std::filesystem::path copy = temporary_copy(bundle);
     void* image = dlopen(copy.c_str(), RTLD_NOW | RTLD_LOCAL);
     const std::string reason = image ? "" : linker_reason(copy);

@@ -29,7 +29,8 @@ Field field_at(const FSSpec& spec, size_t offset) {
 }
 
 std::filesystem::path normal(const std::filesystem::path& path) {
-    const auto full = std::filesystem::absolute(path).lexically_normal();
+    // An empty path is the current directory.
+    const auto full = std::filesystem::absolute(path.empty() ? "." : path).lexically_normal();
     return full.has_filename() ? full : full.parent_path();
 }
 
@@ -40,8 +41,9 @@ bool is_name(std::string_view name) {
 }  // namespace
 
 REALobject Host::State::add_folder_item(const std::filesystem::path& path) {
+    std::filesystem::path full = normal(path);
     const REALobject item = add_object(*folder_item);
-    if (Object* object = live(item)) object->path = normal(path);
+    if (Object* object = live(item)) object->path = std::move(full);
     return item;
 }
 

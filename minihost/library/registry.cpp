@@ -61,13 +61,15 @@ void guarded(std::string& load_error, const std::string& subject, Read read) {
 }
 
 REALstring exception_message(REALobject exception, int32_t) {
-    const REALstring message = Host::State::current->live(exception)->message.get();
+    const Object* raised = Host::State::current->live(exception);
+    const REALstring message = raised ? raised->message.get() : nullptr;
     if (message) retain(message);
     return message;
 }
 
 int32_t exception_number(REALobject exception, int32_t) {
-    return Host::State::current->live(exception)->error_number;
+    const Object* raised = Host::State::current->live(exception);
+    return raised ? raised->error_number : 0;
 }
 
 }  // namespace

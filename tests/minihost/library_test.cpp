@@ -629,8 +629,13 @@ TEST_F(LibraryTest, OnlyBundlesAreLoaded) {
     const std::string text = testing::TempDir() + "no_bundle.txt";
     std::ofstream(text) << "no bundle";
     EXPECT_EQ(error(text), text + ": no bundle that can be loaded (file too short)");
+    for (const uintmax_t size : {500u, 1000u, 4096u, 20000u}) {
+        std::filesystem::copy_file(MINIHOST_BUNDLE, text, std::filesystem::copy_options::overwrite_existing);
+        std::filesystem::resize_file(text, size);
+        EXPECT_EQ(error(text), text + ": no bundle that can be loaded (the file is cut off)") << size;
+    }
     EXPECT_EQ(error("/no/such/file"), "/no/such/file: No such file or directory");
-    EXPECT_EQ(error("/usr"), "/usr: a directory, no bundle");
+    EXPECT_EQ(error("/usr"), "/usr: no regular file, so no bundle");
     EXPECT_EQ(error(NO_ENTRY_BUNDLE),
               std::string(NO_ENTRY_BUNDLE) + ": no bundle, it has no entry point REALPluginMain");
     EXPECT_TRUE(host_->globals().empty());
