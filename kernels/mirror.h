@@ -13,8 +13,9 @@ void reverse_bytes(uint8_t* data, size_t n);
 // Reverses the order of the eight bits inside each of n bytes.
 void reverse_bits_in_bytes(uint8_t* data, size_t n);
 
-// Reverses the order of `count` bits from bit `first` on; `first` + `count` does not pass SIZE_MAX - 7. The
-// other bits of the first and the last byte keep their values, and no other byte is touched.
+// Reverses the order of `count` bits from bit `first` on; `first` + `count` does not pass SIZE_MAX, nor
+// `count` half of it. The other bits of the first and the last byte keep their values, and no other byte is
+// touched.
 void reverse_bits(uint8_t* data, size_t first, size_t count);
 
 namespace plain {

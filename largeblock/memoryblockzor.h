@@ -19,8 +19,8 @@ void MemClose(REALobject instance);
 int64_t GetAddress(REALobject instance, int32_t unused);  // 0 when empty
 int64_t GetSize(REALobject instance, int32_t unused);     // bytes; 0 when empty
 
-// A block over the memory, valid until the next Create, Resize or Close; nil when empty. The caller gets a
-// reference of its own.
+// A block over the memory, valid until the next Create, Resize or Close; nil when empty, or
+// when the host could not make it. The caller gets a reference of its own.
 REALmemoryBlock GetMemory(REALobject instance, int32_t unused);
 
 }  // namespace largeblock

@@ -31,12 +31,11 @@ rbText text_of_code(REALstring value) {
         return {value, rbText::kConvert};
     }
     const rbBuffer stored(value);
-    const int32_t length = stored.data() ? std::max(0, stored.length()) : 0;
-    if (kernels::all_ascii(stored.data(), size_t(length))) {
+    if (kernels::all_ascii(stored.data(), size_t(stored.length()))) {
         REALLockString(value);
         return {value, rbText::kTakeStoredBytes};
     }
-    return {build_string(stored.data(), length, kTextEncodingMacRoman), rbText::kConvert};
+    return {build_string(stored.data(), stored.length(), kTextEncodingMacRoman), rbText::kConvert};
 }
 
 void read_code(Code& code, REALstring value) {
@@ -69,7 +68,7 @@ void setString(REALmemoryBlock block, REALstring str, int32_t offset) {
     const int32_t size = block_size(block);
     const rbBuffer text(str);
     const Range range = cut(size, offset, text.length());
-    if (range.empty() || !text.data()) return;
+    if (range.empty()) return;
     if (uint8_t* data = block_data(block)) kernels::copy(data + range.first, text.data(), range.count);
 }
 

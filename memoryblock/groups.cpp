@@ -12,7 +12,7 @@ namespace {
 // The groups to change, as bytes: up to three bytes after the last whole one may be among them.
 Range whole_groups(const rbBuffer& held, int32_t offset, int32_t length) {
     const int64_t bytes = or_rest(held.length(), offset, length);
-    return held.data() ? cut(held.length(), offset, (bytes + 3) / 4 * 4) : Range{};
+    return bytes > 0 ? cut_or_rest(held, offset, (bytes + 3) / 4 * 4) : Range{};
 }
 
 }  // namespace

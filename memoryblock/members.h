@@ -2,10 +2,11 @@
 // arguments. plugin/tables.cpp has their declarations in the host language.
 //
 // Offsets, counts and lengths are bytes unless a name says bits; offsets count from the block's first byte.
-// Where a range reaches past the end of a block of known size, a member either cuts it there (it works on the
-// part inside) or refuses it (nothing is read or written, and the result is the neutral one). A negative
-// offset is always refused. Only what is said to raise raises. Bit n of a block is the bit 0x80 >> (n mod 8)
-// of byte n div 8. Numbers lie in the processor's byte order and need no alignment.
+// A block whose size the host reports as greater than 0 is of known size; of another one a range is taken as
+// it stands. Where a range reaches past the end of a block of known size, a member either cuts it there (it
+// works on the part inside) or refuses it (nothing is read or written, and the result is the neutral one). A
+// negative offset is always refused. Only what is said to raise raises. Bit n of a block is the bit 0x80 >>
+// (n mod 8) of byte n div 8. Numbers lie in the processor's byte order and need no alignment.
 #pragma once
 
 #include "plugin/records.h"
@@ -49,7 +50,7 @@ void toMacHdl(REALmemoryBlock block, int32_t srcOfs, int32_t numBytes, int32_t d
 void fromMacHdl(REALmemoryBlock block, int32_t srcHandle, int32_t numBytes, int32_t destOfs);
 
 // Strings, codes and file specifications (accessors.cpp). Nothing raises; a getter that cannot answer
-// returns nil, and what cannot be written is not.
+// returns nil, and nothing is written where there is no room.
 
 // The bytes as a string, cut at the block's end: US-ASCII when all are below 0x80, else without encoding. Nil
 // for an empty range.
@@ -60,7 +61,8 @@ void setString(REALmemoryBlock block, REALstring str, int32_t offset);
 
 // The four-character code at `offset`, a 32-bit number whose most significant byte is the first character:
 // US-ASCII or, with a byte of 0x80 or above, Mac OS Roman. Assigned strings are converted to Mac OS Roman
-// unless they have no encoding; shorter ones are padded with spaces, of longer ones four bytes count.
+// unless they have no encoding; shorter ones are padded with spaces, of longer ones four bytes count; nil and
+// what cannot be converted are four spaces.
 REALstring getOSType(REALmemoryBlock block, int32_t offset);
 void setOSType(REALmemoryBlock block, int32_t offset, REALstring value);
 
@@ -97,8 +99,9 @@ void MirrorBitsZOR(REALmemoryBlock block, int32_t offsetBit, int32_t lengthBit);
 // Gathering and expanding (stride.cpp).
 
 // Packs `NumberOfSteps` pieces of `ByteCount` bytes, which begin `StepCount` bytes apart in the source (0 and
-// negative distances too), side by side into the block, one piece after another. True when done or nothing
-// was to be done; false when any piece is refused, and then nothing is copied. Raises for a nil block.
+// negative distances too), side by side into the block, one piece after another. True when done, and for no
+// steps; false when a block has no data or any piece is refused, and then nothing is copied. Raises for a nil
+// block.
 REALboolean CopyNthBytes(REALmemoryBlock block, REALmemoryBlock source, int32_t SourceOffsetBytes,
                          int32_t DestinationOffsetBytes, int32_t ByteCount, int32_t StepCount,
                          int32_t NumberOfSteps);

@@ -15,8 +15,7 @@ bool combine(decltype(kernels::minimum)* kernel, REALmemoryBlock block, const vo
     if (!firstMem || !secondMem) return RaiseNilPointer(), false;
     if (offsetByte < 0) return RaiseNegativeOffset(), false;
     const rbBuffer held(block);
-    const int64_t length = or_rest(held.length(), offsetByte, lengthBytes);
-    const Range range = held.data() ? cut(held.length(), offsetByte, length) : Range{};
+    const Range range = cut_or_rest(held, offsetByte, lengthBytes);
     return kernel(held.data() + range.first, static_cast<const uint8_t*>(firstMem),
                   static_cast<const uint8_t*>(secondMem), range.count, BitSize, Signed != 0);
 }

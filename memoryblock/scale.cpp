@@ -13,8 +13,7 @@ void scale(decltype(kernels::scale_uint8)* kernel, size_t sample_bytes, REALmemo
     if (!block) return RaiseNilBlock();
     if (offsetByte < 0) return RaiseNegativeOffset();
     const rbBuffer held(block);
-    const int64_t length = or_rest(held.length(), offsetByte, lengthBytes);
-    const Range range = held.data() ? cut(held.length(), offsetByte, length) : Range{};
+    const Range range = cut_or_rest(held, offsetByte, lengthBytes);
     kernel(held.data() + range.first, range.count / sample_bytes, Factor);
 }
 

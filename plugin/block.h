@@ -36,3 +36,9 @@ class rbBuffer {
     uint8_t* data_ = nullptr;
     int32_t length_ = 0;
 };
+
+// The part of [offset, offset + count) that lies inside a held block, where a count of 0 or less stands for
+// all that follows; empty for a block without data.
+inline Range cut_or_rest(const rbBuffer& held, int64_t offset, int64_t count) {
+    return held.data() ? cut(held.length(), offset, or_rest(held.length(), offset, count)) : Range{};
+}

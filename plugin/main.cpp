@@ -18,13 +18,13 @@ int32_t version_word(double hostVersion) {
     return kOlderLayout;
 }
 
-// Gives the record the version word and its layout. A record that already has the older layout keeps it.
+// Gives the record the version word and its layout. A record that already has the older layout keeps both.
 bool adapt(REALclassDefinition& definition) {
+    if (definition.version == kOlderLayout) return true;
     if (CurrentREALControlVersion > kOlderLayout) {
         definition.version = CurrentREALControlVersion;
         return true;
     }
-    if (definition.version == kOlderLayout) return true;
     void* older = FixClass(&definition);
     if (!older) return false;
     std::memcpy(&definition, older, kOlderClassSize);

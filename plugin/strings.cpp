@@ -39,11 +39,13 @@ bool copy_string_data(REALstring string, uint32_t encoding, REALstringData* reco
     const LenBFunction LenB = resolve_LenB();
     if (!readable || !LenB || !string) return false;
     if (encoding == kTextEncodingUnknown || REALGetStringEncoding(string) == encoding) {
-        return fill_with_copy(record, REALCString(string), LenB(string), encoding);
+        const int32_t length = LenB(string);
+        return fill_with_copy(record, REALCString(string), length, encoding);
     }
     const REALstring converted = REALConvertString(string, encoding);
     if (!converted) return false;
-    const bool filled = fill_with_copy(record, REALCString(converted), LenB(converted), encoding);
+    const int32_t length = LenB(converted);
+    const bool filled = fill_with_copy(record, REALCString(converted), length, encoding);
     REALUnlockString(converted);
     return filled;
 }

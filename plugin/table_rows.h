@@ -8,8 +8,8 @@
 #include "plugin/signature.h"
 #include "plugin/text.h"
 
-inline constexpr uint32_t kMemberFlags = 4;    // of every class and every method
-inline constexpr uint32_t kPropertyFlags = 6;  // of every property
+inline constexpr uint32_t kClassAndMethodFlags = 4;
+inline constexpr uint32_t kPropertyFlags = 6;
 
 // The characters of a declaration, stored once.
 template <Text Characters>
@@ -22,12 +22,12 @@ consteval auto method_record() {
     constexpr signature::Signature kDeclared = parse(Declaration.view());
     static_assert(agree<kDeclared, SignatureOf<Self, decltype(Function)>::value>());
     if constexpr (std::is_null_pointer_v<decltype(Setter)>) {
-        return REALmethodRecord<decltype(Function)>{Function,     nullptr, kText<Declaration>.bytes,
-                                                    kMemberFlags, nullptr, 0};
+        return REALmethodRecord<decltype(Function)>{
+            Function, nullptr, kText<Declaration>.bytes, kClassAndMethodFlags, nullptr, 0};
     } else {
         static_assert(agree<kDeclared.setter(), SignatureOf<Self, decltype(Setter)>::value>());
         return REALmethodRecord<decltype(Function), decltype(Setter)>{
-            Function, Setter, kText<Declaration>.bytes, kMemberFlags, nullptr, 0};
+            Function, Setter, kText<Declaration>.bytes, kClassAndMethodFlags, nullptr, 0};
     }
 }
 

@@ -96,7 +96,7 @@ consteval REALclassDefinition class_record(const char* name, Properties& propert
     record.propertyCount = Properties::kCount;
     record.methods = &methods;
     record.methodCount = Methods::kCount;
-    record.flags = kMemberFlags;
+    record.flags = kClassAndMethodFlags;
     return record;
 }
 

@@ -1,6 +1,6 @@
 #include "kernels/polar.h"
 
-#include <cmath>
+#include <math.h>
 
 #include "kernels/words.h"
 
