@@ -118,9 +118,13 @@ Fit fit(const Method& method, std::span<const Value> arguments) {
     return result;
 }
 
+}  // namespace
+
 std::string misfit_text(const std::string& name, const Parameter& parameter, const Value& found) {
     return name + " takes " + text_of(parameter) + ", got " + text_of(found);
 }
+
+namespace {
 
 // The best of the methods for the arguments; of equally good ones the first.
 Fit choose(const std::vector<const Method*>& methods, std::span<const Value> arguments) {

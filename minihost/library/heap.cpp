@@ -64,6 +64,7 @@ size_t instance_size(const Class* type) {
 REALobject Host::State::add_object(const Class& type) {
     Object object;
     object.type = &type;
+    object.serial = ++last_serial;
     object.instance = zeroed_memory(instance_size(&type));
     auto* handle = static_cast<REALobject>(object.instance.get());
     if (handle) objects.emplace(handle, std::move(object));
@@ -275,6 +276,8 @@ std::vector<std::string> Host::open_references() const {
     std::ranges::sort(lines);
     return lines;
 }
+
+uint64_t Host::serial_of(REALobject object) const { return existing(*state_, object).serial; }
 
 int32_t Host::references(const void* handle) const {
     if (const auto object = state_->objects.find(handle); object != state_->objects.end())

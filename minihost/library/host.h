@@ -72,6 +72,9 @@ struct CallError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+// What it says of an argument: "FillBytesZOR takes count as Integer, got Int64 5000000000".
+std::string misfit_text(const std::string& name, const Parameter& parameter, const Value& found);
+
 // A host exception that reached the caller. `what()` reads "NilObjectException: memoryblock is nil".
 struct HostException : std::runtime_error {
     explicit HostException(ObjectRef exception);
@@ -89,7 +92,8 @@ class Host {
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;
 
-    static Host& current();  // the Host that lives now
+    static Host& current();                       // the Host that lives now
+    static bool knows_key(std::string_view key);  // unless the options say otherwise
 
     // Loads a bundle and calls its entry point. Throws LoadError for a file that is no bundle, lacks
     // the entry point, or registers records that the host cannot read.
@@ -154,6 +158,8 @@ class Host {
 
     // References taken and not given back, one line for each object or string.
     std::vector<std::string> open_references() const;
+    // The number of an object, which no other object of this host ever had or gets.
+    uint64_t serial_of(REALobject object) const;
     // References to one object or string, for tests that follow them.
     int32_t references(const void* handle) const;
     // What the bundle did that no bundle may do: a handle that is not live given to a host operation, a

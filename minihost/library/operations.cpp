@@ -195,6 +195,10 @@ const Operation kOperations[] = {
     operation("REALFSSpecFromFolderItem", REALFSSpecFromFolderItem),
 };
 
+const Operation* find_operation(std::string_view key) {
+    return std::ranges::find(kOperations, key, &Operation::key);
+}
+
 }  // namespace
 
 bool Host::State::disposes_of_string_data() const {
@@ -208,8 +212,10 @@ void* Host::State::resolve(std::string_view key) {
     if (const auto replaced = options.replace.find(key); replaced != options.replace.end())
         return replaced->second;
     if (key == "REALGetRBVersion" && !options.version) return nullptr;
-    const auto* found = std::ranges::find(kOperations, key, &Operation::key);
+    const auto* found = find_operation(key);
     return found == std::end(kOperations) ? nullptr : found->function;
 }
+
+bool Host::knows_key(std::string_view key) { return find_operation(key) != std::end(kOperations); }
 
 }  // namespace minihost

@@ -21,6 +21,7 @@ using Memory = std::unique_ptr<void, Free>;
 struct Object {
     const Class* type = nullptr;
     int32_t references = 1;
+    uint64_t serial = 0;
     Memory instance;
     void* data = nullptr;  // a block's bytes
     int32_t size = 0;      // as the block reports it
@@ -106,6 +107,7 @@ class Host::State {
     std::deque<Memory> retired;             // handles that must not come back too soon
     std::vector<std::string> faults;
 
+    uint64_t last_serial = 0;
     int calls = 0;     // into the bundle, that are running
     ObjectRef raised;  // in the running call
 
