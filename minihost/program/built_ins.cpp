@@ -150,8 +150,15 @@ Value write_picture(Runtime& runtime, const ObjectRef&, Arguments arguments) {
                   " bytes are no 1 to 4 samples for each of " + std::to_string(width) + " x " +
                   std::to_string(height) + " pixels");
     }
-    write_file(runtime, path,
-               png(reinterpret_cast<const uint8_t*>(samples.data()), width, height, int(samples_per_pixel)));
+    if ((width * samples_per_pixel + 1) * height > kLargestPicture) {
+        raise(runtime, "IOException",
+              "cannot write " + path.string() + ": " + std::to_string(width) + " x " +
+                  std::to_string(height) + " pixels are too many for a picture");
+    }
+    const std::string file =
+        png(reinterpret_cast<const uint8_t*>(samples.data()), width, height, int(samples_per_pixel));
+    if (file.empty()) raise(runtime, "OutOfMemoryException", "no memory to write " + path.string());
+    write_file(runtime, path, file);
     return {};
 }
 
@@ -287,7 +294,16 @@ Callable function(const char* declaration, Callable::Function get, Callable::Fun
     return {parse_declaration(declaration), std::move(get), std::move(set)};
 }
 
-// A row whose function sees its arguments in the declared types, and the assigned value in the result's.
+// The argument in the declared type: fractions are cut off, but no whole number is changed.
+Value argument_of(const std::string& name, const Parameter& parameter, const Value& given) {
+    if (!is_whole(parameter.type)) return convert(given, parameter.type);
+    const auto* fraction = std::get_if<double>(&given);
+    const auto value = convert_scalar(fraction ? Value(std::trunc(*fraction)) : given, parameter.type.kind);
+    if (!value) throw CallError(misfit_text(name, parameter, given));
+    return *value;
+}
+
+// A row whose function sees its arguments in the declared types. The assigned value has the result's already.
 BuiltIn row(const char* owner, Callable callable) {
     const auto typed = [declaration =
                             callable.declaration](const Callable::Function& function) -> Callable::Function {
@@ -296,8 +312,9 @@ BuiltIn row(const char* owner, Callable callable) {
             std::vector<Value> values;
             for (size_t i = 0; i < arguments.size(); ++i) {
                 const bool declared = i < declaration.parameters.size();
-                values.push_back(
-                    convert(arguments[i], declared ? declaration.parameters[i].type : declaration.result));
+                values.push_back(declared
+                                     ? argument_of(declaration.name, declaration.parameters[i], arguments[i])
+                                     : arguments[i]);
             }
             return function(runtime, self, values);
         };

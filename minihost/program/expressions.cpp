@@ -116,18 +116,42 @@ Number operand(const Expression& expression, Runtime& runtime) {
     return number<Number>(value);
 }
 
+// Below 0 when the first of two whole numbers is the smaller one, whatever their types.
+int order(const Value& first, const Value& second) {
+    return std::visit(
+        [](const auto& a, const auto& b) {
+            using A = std::decay_t<decltype(a)>;
+            using B = std::decay_t<decltype(b)>;
+            constexpr bool kWhole = std::is_integral_v<A> && std::is_integral_v<B> &&
+                                    !std::is_same_v<A, bool> && !std::is_same_v<B, bool>;
+            if constexpr (kWhole) {
+                return std::cmp_less(a, b) ? -1 : int(std::cmp_greater(a, b));
+            } else {
+                return 0;
+            }
+        },
+        first, second);
+}
+
 Expression numeric(const Token& token, Op op, const Expression& left, const Expression& right) {
     Type common = left.type.kind > right.type.kind ? left.type : right.type;
+    if (is_comparison(op) && common.kind == Kind::UInt64) {
+        return {kBoolean, token.at, [op, left, right](Runtime& runtime) -> Value {
+                    const Value first = left.evaluate(runtime);
+                    return compare(op, order(first, right.evaluate(runtime)), 0);
+                }};
+    }
     const bool whole_only =
         op == Op::IntegerDivide || op == Op::Mod || op == Op::And || op == Op::Or || op == Op::Xor;
     if (op == Op::Divide || op == Op::Power) common = kDouble;
     if (whole_only && common == kDouble) common = kInt64;
     Evaluate evaluate = with_number(common.kind, [&](auto zero) -> Evaluate {
         using Number = decltype(zero);
-        return [op, left, right](Runtime& runtime) -> Value {
+        return [op, left, right, line = token.at.line](Runtime& runtime) -> Value {
             const auto a = operand<Number>(left, runtime);
             const auto b = operand<Number>(right, runtime);
             if (is_comparison(op)) return compare(op, a, b);
+            runtime.line = line;
             return compute(runtime, op, a, b);
         };
     });
@@ -180,7 +204,7 @@ Expression textual(const Token& token, Op op, const Expression& left, const Expr
 bool is_reference(const Type& type) { return type.kind == Kind::Object || type.kind == Kind::Ptr; }
 
 Expression identity(const Token& token, Op op, const Expression& left, const Expression& right) {
-    const Type& common = left.type == kNil ? right.type : left.type;
+    const Type& common = left.type.kind == Kind::Ptr || right.type == kNil ? left.type : right.type;
     if (!is_reference(left.type) || !is_reference(right.type)) fail(token, "two objects", left, right);
     return {kBoolean, token.at, [op, left, right, common](Runtime& runtime) -> Value {
                 const Value first = convert(left.evaluate(runtime), common);
@@ -261,6 +285,7 @@ struct Call {
         values.reserve(arguments.size() + 1);
         for (const Evaluate& argument : arguments) values.push_back(argument(runtime));
         if (assigned) values.push_back(*assigned);
+        runtime.line = at.line;
         try {
             return function(runtime, object, values);
         } catch (const CallError& error) {
@@ -301,10 +326,12 @@ Expression unary(const Token& op, const Expression& inner) {
         return {type, op.at,
                 [inner](Runtime& runtime) -> Value { return -std::get<double>(inner.evaluate(runtime)); }};
     }
-    // -x is 0 - x, and Not x is -1 - x.
+    // -x is 0 - x, and Not x is -1 - x. What is negated has a sign.
     const Type integer{Kind::Integer, ""};
     const Expression from = constant(op.at, integer, int32_t{negation ? 0 : -1});
-    return numeric(op, Op::Minus, from, inner);
+    Expression subtracted = inner;
+    if (negation && type.kind == Kind::UInt64) subtracted.type = kInt64;
+    return numeric(op, Op::Minus, from, subtracted);
 }
 
 Expression binary(const Token& token, const Expression& left, const Expression& right) {
@@ -351,9 +378,8 @@ Expression call(Host& host, const Token& name, const std::vector<Callable>& over
 
 Expression converted(Host& host, Expression value, const Type& declared, const std::string& purpose) {
     if (fit(host, declared, value.type) == Fit::No) {
-        const bool nothing = value.type.kind == Kind::Nothing;
-        throw ScriptError(value.at, purpose + " takes " + type_name(declared) + ", found " +
-                                        (nothing ? "a call without a result" : type_name(value.type)));
+        throw ScriptError(value.at,
+                          purpose + " takes " + type_name(declared) + ", found " + type_name(value.type));
     }
     if (value.type == declared || declared.kind == Kind::Object) return value;
     return {declared, value.at, [declared, evaluate = value.evaluate](Runtime& runtime) {

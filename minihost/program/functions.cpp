@@ -1,5 +1,7 @@
 #include "minihost/program/functions.h"
 
+#include <algorithm>
+
 #include "minihost/program/names.h"
 
 namespace minihost {
@@ -7,10 +9,14 @@ namespace {
 
 using Arguments = std::span<const Value>;
 
-// The members of an extension must stand a nil block; those of a class of its own cannot be reached without
+// The members by which a bundle extends a class must stand a nil object; all others cannot be reached without
 // an instance.
 void require_instance(Runtime& runtime, const Class& owner, const ObjectRef& self, const std::string& name) {
-    if (!self && owner.record) raise(runtime, "NilObjectException", name + " of a nil " + owner.name);
+    const auto records = runtime.host.registered_classes();
+    const bool extended = !owner.record && std::ranges::any_of(records, [&](const auto* record) {
+        return same_name(record->name, owner.name);
+    });
+    if (!self && !extended) raise(runtime, "NilObjectException", name + " of a nil " + owner.name);
 }
 
 Callable from_bundle(const Class& owner, const Method& method) {

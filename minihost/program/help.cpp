@@ -22,23 +22,31 @@ Entry entry_of(const Method& method) {
             method.declaration.text + (method.setter ? "   (can be assigned)" : "")};
 }
 
+void add_members(std::vector<Entry>& entries, const Class& type) {
+    for (const Property& property : type.properties) {
+        entries.push_back(
+            {type.name, property.name, property.name + " as " + to_string(property.type) + "   (read only)"});
+    }
+    for (const Method& method : type.methods) entries.push_back(entry_of(method));
+}
+
 // What the bundle registered, in its order; the members that only the host has are left out.
 std::vector<Entry> registered(const Host& host) {
     std::vector<Entry> entries;
-    for (const REALclassDefinition* record : host.registered_classes()) {
-        const Class* type = host.find_class(record->name);
-        for (const Property& property : type->properties) {
-            entries.push_back({type->name, property.name,
-                               property.name + " as " + to_string(property.type) + "   (read only)"});
-        }
-        for (const Method& method : type->methods) entries.push_back(entry_of(method));
-    }
+    for (const REALclassDefinition* record : host.registered_classes())
+        add_members(entries, *host.find_class(record->name));
     for (const Method& method : host.globals()) entries.push_back(entry_of(method));
     return entries;
 }
 
-std::vector<Entry> brought_along() {
+// All there is; of a class also what it is derived from.
+std::vector<Entry> everything(const Host& host) {
     std::vector<Entry> entries;
+    for (const Class* type : host.classes()) {
+        if (type->super) entries.push_back({type->name, type->name, "is a " + type->super->name});
+        add_members(entries, *type);
+    }
+    for (const Method& method : host.globals()) entries.push_back(entry_of(method));
     for (const BuiltIn& built_in : built_ins()) {
         const Declaration& declaration = built_in.callable.declaration;
         entries.push_back({built_in.owner, declaration.name,
@@ -59,9 +67,8 @@ void print_entries(std::ostream& out, const std::vector<Entry>& entries) {
 }  // namespace
 
 void print_help(Runtime& runtime, const std::string& name) {
-    std::vector<Entry> entries = registered(runtime.host);
     if (name.empty()) {
-        print_entries(runtime.out, entries);
+        print_entries(runtime.out, registered(runtime.host));
         runtime.out << "\nBrought along by minihost (help Name shows more):\n ";
         std::string last;
         for (const BuiltIn& built_in : built_ins()) {
@@ -72,10 +79,10 @@ void print_help(Runtime& runtime, const std::string& name) {
         runtime.out << '\n';
         return;
     }
-    const std::vector<Entry> more = brought_along();
-    entries.insert(entries.end(), more.begin(), more.end());
+    std::vector<Entry> entries = everything(runtime.host);
     std::vector<std::string> known;
     for (const Entry& entry : entries) known.insert(known.end(), {entry.name, entry.owner});
+    std::erase(known, "");
     std::erase_if(entries, [&](const Entry& entry) {
         return !same_name(entry.name, name) && !same_name(entry.owner, name);
     });

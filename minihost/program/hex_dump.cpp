@@ -10,6 +10,7 @@ constexpr size_t kLine = 16;  // bytes
 constexpr size_t kHead = 16 * kLine;
 constexpr size_t kTail = 4 * kLine;
 constexpr size_t kLongest = 24 * kLine;  // that is shown whole
+constexpr size_t kRemembered = 256;      // blocks
 
 constexpr const char* kMark = "\x1b[1;33m";
 constexpr const char* kPlain = "\x1b[0m";
@@ -26,10 +27,11 @@ std::string text(char byte) { return {byte >= ' ' && byte <= '~' ? byte : '.'}; 
 
 }  // namespace
 
-void HexDump::print(std::ostream& out, const void* block, std::span<const uint8_t> bytes) {
+void HexDump::print(std::ostream& out, uint64_t block, std::span<const uint8_t> bytes) {
     Shown now{bytes.size(), {}};
-    Shown& before = shown_[block];
-    if (before.size != bytes.size()) before.lines.clear();
+    const auto known = shown_.find(block);
+    Shown before;
+    if (known != shown_.end() && known->second.size == bytes.size()) before = known->second;
 
     const size_t tail = (bytes.size() - 1) / kLine * kLine - kTail + kLine;
     for (size_t offset = 0; offset < bytes.size(); offset += kLine) {
@@ -42,7 +44,8 @@ void HexDump::print(std::ostream& out, const void* block, std::span<const uint8_
         const auto old = before.lines.find(offset);
         print_line(out, offset, line, old == before.lines.end() ? line : old->second);
     }
-    if (colour_) before = std::move(now);
+    if (colour_) shown_[block] = std::move(now);
+    if (shown_.size() > kRemembered) shown_.erase(shown_.begin());
 }
 
 void HexDump::print_line(std::ostream& out, size_t offset, const std::string& line,

@@ -15,8 +15,8 @@ class HexDump {
     explicit HexDump(bool colour) : colour_(colour) {}
 
     // Writes 16 bytes to a line: offset, hexadecimal, text. Of a long block the middle is left out. `block`
-    // only identifies the block from one call to the next.
-    void print(std::ostream& out, const void* block, std::span<const uint8_t> bytes);
+    // only identifies the block from one call to the next; the newer block has the larger number.
+    void print(std::ostream& out, uint64_t block, std::span<const uint8_t> bytes);
 
  private:
     struct Shown {
@@ -28,7 +28,7 @@ class HexDump {
                     const std::string& before) const;
 
     bool colour_;
-    std::map<const void*, Shown> shown_;
+    std::map<uint64_t, Shown> shown_;  // the newest blocks, only with colour
 };
 
 }  // namespace minihost

@@ -1,7 +1,10 @@
 #include "minihost/program/lexer.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
+#include <cstdio>
+#include <functional>
 #include <limits>
 
 #include "minihost/program/names.h"
@@ -12,6 +15,7 @@ namespace {
 bool is_digit(char c) { return c >= '0' && c <= '9'; }
 bool is_letter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; }
 bool is_name(char c) { return is_letter(c) || is_digit(c); }
+bool continues_character(char c) { return (uint8_t(c) & 0xC0) == 0x80; }
 bool is_blank(char c) { return c == ' ' || c == '\t' || c == '\r'; }
 
 // The narrowest of the host's types that holds the number.
@@ -25,7 +29,10 @@ class Lexer {
     using Kind = Token::Kind;
 
  public:
-    explicit Lexer(std::string_view text) : text_(text) {}
+    explicit Lexer(std::string_view text) : text_(text) {
+        constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+        if (text_.starts_with(kByteOrderMark)) text_.remove_prefix(kByteOrderMark.size());
+    }
 
     std::vector<Token> run() {
         while (at_ < text_.size()) next();
@@ -44,8 +51,7 @@ class Lexer {
     // Counts only the characters since the last call.
     Position position() {
         const std::string_view passed = text_.substr(counted_, at_ - counted_);
-        column_ += int(
-            std::count_if(passed.begin(), passed.end(), [](char c) { return (uint8_t(c) & 0xC0) != 0x80; }));
+        column_ += int(std::count_if(passed.begin(), passed.end(), std::not_fn(continues_character)));
         counted_ = at_;
         return {line_, column_};
     }
@@ -71,6 +77,18 @@ class Lexer {
         symbol();
     }
 
+    // The next character, as a message shows it: whole, or its first byte where that is nothing to show.
+    std::string character() const {
+        const auto first = uint8_t(peek());
+        const size_t length = first < 0x80 ? 1 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
+        const bool printable = first < 0x80 ? first >= ' ' && first != 0x7F : first >= 0xC2 && first < 0xF5;
+        if (printable && (length == 1 || length_while(continues_character, 1) >= length))
+            return in_quotes(text_.substr(at_, length));
+        std::array<char, 8> buffer{};
+        std::snprintf(buffer.data(), buffer.size(), "\\x%02X", unsigned(first));
+        return buffer.data();
+    }
+
     void start_line() {
         ++at_;
         ++line_;
@@ -90,8 +108,10 @@ class Lexer {
         ++at_;
         at_ += length_while(is_blank);
         if (peek() == '\'' || (peek() == '/' && peek(1) == '/')) skip_comment();
-        if (at_ + 1 >= text_.size()) throw IncompleteScript(start, "the continued line is missing");
-        if (peek() != '\n') fail("expected the end of the line behind \"_\"");
+        if (at_ < text_.size() && peek() != '\n')
+            fail("expected the end of the line behind \"_\", found " + character());
+        if (at_ + 1 >= text_.size())
+            throw IncompleteScript(start, "expected a line behind \"_\", found end of the script");
         start_line();
     }
 
@@ -111,7 +131,9 @@ class Lexer {
     void based_number() {
         const char letter = char(peek(1) | 0x20);
         const int base = letter == 'h' ? 16 : letter == 'o' ? 8 : letter == 'b' ? 2 : 0;
-        if (base == 0) fail("expected &h, &o or &b and digits");
+        if (base == 0)
+            fail("expected &h, &o or &b and digits, found " +
+                 in_quotes(text_.substr(at_, length_while(is_name, 1))));
         Token& token = add(Kind::Number, length_while(is_name, 2));
         token.number = parse_integer(token, 2, base);
     }
@@ -142,7 +164,8 @@ class Lexer {
         if (result.ec == std::errc::result_out_of_range)
             throw ScriptError(token.at, "the number is out of range");
         if (result.ec != std::errc() || result.ptr != end)
-            throw ScriptError(token.at, in_quotes(token.text) + " is no number");
+            throw ScriptError(token.at, "expected digits of base " + std::to_string(base) + ", found " +
+                                            in_quotes(token.text));
         return integer(value);
     }
 
@@ -157,7 +180,7 @@ class Lexer {
         } else if (std::string_view("+-*/\\^=<>().,;").find(peek()) != std::string_view::npos) {
             add(Kind::Symbol, 1);
         } else {
-            fail("unexpected character " + in_quotes(text_.substr(at_, 1)));
+            fail("unexpected character " + character());
         }
     }
 

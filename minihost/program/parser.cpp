@@ -2,9 +2,12 @@
 
 #include <algorithm>
 #include <array>
+#include <filesystem>
 #include <initializer_list>
+#include <new>
 #include <optional>
 #include <ostream>
+#include <stdexcept>
 
 #include "minihost/program/help.h"
 #include "minihost/program/names.h"
@@ -16,6 +19,7 @@ constexpr int kDeepest = 200;   // levels of parentheses and blocks
 constexpr int kLongest = 1000;  // operands and members in one statement
 
 using Words = std::initializer_list<std::string_view>;
+constexpr std::array<std::string_view, 6> kClosingWords{"End", "Else", "ElseIf", "Next", "Wend", "Catch"};
 
 struct Operator {
     std::string_view text;
@@ -129,9 +133,8 @@ class Parser {
         Type built_in = parse_type(name.text);
         if (built_in.kind != Kind::Object) return built_in;
         if (const Class* found = host_.find_class(name.text)) return object_type(found->name);
-        std::vector<std::string> known{"Integer", "Int64", "UInt64", "Double", "Boolean", "String", "Ptr"};
-        for (const Class* found : host_.classes()) known.push_back(found->name);
-        throw ScriptError(name.at, "there is no type " + name.text + suggestion(name.text, known));
+        throw ScriptError(name.at,
+                          "there is no type " + name.text + suggestion(name.text, type_names(host_)));
     }
 
     // Nesting
@@ -193,7 +196,7 @@ class Parser {
     Expression member(const Expression& object, const Token& name, bool starts_statement) {
         const std::string& owner = object.type.class_name;
         if (object.type.kind != Kind::Object || owner.empty()) {
-            throw ScriptError(name.at, "a value of type " + type_name(object.type) + " has no members");
+            throw ScriptError(name.at, type_name(object.type) + " has no members");
         }
         const auto overloads = find_members(host_, owner, name.text);
         if (overloads.empty()) {
@@ -283,6 +286,15 @@ class Parser {
 
     // Blocks
 
+    static bool closes(const Token& token) {
+        return std::ranges::any_of(kClosingWords, [&](auto word) { return is(token, word); });
+    }
+    static std::string closing_of(const Token& opener, std::string_view word) {
+        std::string all(word);
+        if (word == "End") all.append(1, ' ').append(opener.text);
+        return in_quotes(all);
+    }
+
     // The statements up to one of the words, which is left to be read. Nothing opens, and nothing closes, the
     // script itself.
     Block statements(Words closing, const Token* opener) {
@@ -290,10 +302,12 @@ class Parser {
         for (;;) {
             while (at_line_end()) ++next_;
             if (next_is(closing) || (!opener && at_end())) return block;
-            if (at_end()) throw IncompleteScript(opener->at, opener->text + " is not closed");
-            if (next_is({"End", "Else", "ElseIf", "Next", "Wend", "Catch"})) {
-                fail_unexpected(opener ? in_quotes(*closing.begin()) : "a statement");
+            const std::string wanted = opener ? closing_of(*opener, *closing.begin()) : "a statement";
+            if (at_end()) {
+                throw IncompleteScript(opener->at, opener->text + " is not closed: expected " + wanted +
+                                                       ", found " + to_string(peek()));
             }
+            if (closes(peek())) fail_unexpected(wanted);
             block.push_back(statement());
             expect_line_end();
         }
@@ -429,7 +443,11 @@ class Parser {
     }
 
     Action assignment(Expression target) {
-        if (!target.assign) throw ScriptError(target.at, "this cannot be assigned");
+        if (!target.assign) {
+            const auto found =
+                std::ranges::find_if(tokens_, [&](const Token& token) { return token.at == target.at; });
+            throw ScriptError(target.at, "expected what can be assigned, found " + to_string(*found));
+        }
         Expression value = converted(host_, expression(), target.type, "the assignment");
         return [assign = std::move(target.assign), evaluate = std::move(value.evaluate)](Runtime& runtime) {
             assign(runtime, evaluate(runtime));
@@ -471,11 +489,23 @@ class Parser {
         };
     }
 
+    // The statements up to the end of the line, to Else, or to a word that closes a block around them.
     Block single() {
         const auto level = deeper();
         Block block;
-        block.push_back(statement());
+        do block.push_back(statement());
+        while (continues_line());
         return block;
+    }
+
+    bool continues_line() {
+        size_t ahead = 0;
+        while (peek(ahead).kind == Token::Kind::LineEnd && peek(ahead).text == ":") ++ahead;
+        const Token& token = peek(ahead);
+        const bool is_else = is(token, "else");
+        if (ahead == 0 || token.kind == Token::Kind::LineEnd || (closes(token) && !is_else)) return false;
+        next_ += ahead;
+        return !is_else;
     }
 
     // For name [As Type] = first To|DownTo last [Step step] ... Next [name]
@@ -516,9 +546,13 @@ class Parser {
             const auto by = std::get<Number>(step(runtime));
             if (by == 0) raise(runtime, "RuntimeException", "a Step of 0 never ends");
             const bool rises = (by > 0) != down;
-            while (rises ? value <= end : value >= end) {
-                runtime.variables[slot] = convert(value, type);
-                if (run(body, runtime) == Flow::Exit) break;
+            // The counter ends one step behind the last value, or at the last one that its type holds.
+            while (const auto held = convert_scalar(value, type.kind)) {
+                runtime.variables[slot] = *held;
+                if (rises ? value > end : value < end) break;
+                const Flow flow = run(body, runtime);
+                if (flow == Flow::ExitFor) break;
+                if (flow != Flow::Next && flow != Flow::ContinueFor) return flow;
                 value = number<Number>(runtime.variables[slot]);
                 if (!advance(value, by, down)) break;
             }
@@ -542,10 +576,11 @@ class Parser {
         const Token opener = last();
         const Evaluate goes_on = condition();
         const Block body = loop(opener, "Wend");
-        return [goes_on, body, line = opener.at.line](Runtime& runtime) {
+        return [goes_on, body](Runtime& runtime) {
             while (std::get<bool>(goes_on(runtime))) {
-                if (run(body, runtime) == Flow::Exit) break;
-                runtime.line = line;
+                const Flow flow = run(body, runtime);
+                if (flow == Flow::ExitWhile) break;
+                if (flow != Flow::Next && flow != Flow::ContinueWhile) return flow;
             }
             return Flow::Next;
         };
@@ -559,14 +594,18 @@ class Parser {
         return body;
     }
 
-    Action leave_loop(Flow flow) {
+    // Without a word behind it, the innermost loop is meant.
+    Action leave_loop(Flow of_for, Flow of_while) {
         const Token word = last();
         if (loops_.empty()) throw ScriptError(word.at, word.text + " stands outside of loops");
-        if (next_is({"for", "while"}) && !accept(loops_.back())) fail_unexpected(in_quotes(loops_.back()));
+        const bool named = next_is({"for", "while"});
+        const bool open = std::ranges::any_of(loops_, [&](const auto& loop) { return is(peek(), loop); });
+        if (named && !open) fail_unexpected(in_quotes(loops_.back()));
+        const Flow flow = same_name(named ? take().text : loops_.back(), "for") ? of_for : of_while;
         return [flow](Runtime&) { return flow; };
     }
-    Action exit() { return leave_loop(Flow::Exit); }
-    Action continue_() { return leave_loop(Flow::Continue); }
+    Action exit() { return leave_loop(Flow::ExitFor, Flow::ExitWhile); }
+    Action continue_() { return leave_loop(Flow::ContinueFor, Flow::ContinueWhile); }
 
     // Try ... Catch [name [As Class]] ... End Try
     Action try_() {
@@ -645,17 +684,34 @@ class Parser {
 
 }  // namespace
 
-Flow run(const Block& block, Runtime& runtime) {
+Flow run(const Block& block, Runtime& runtime) try {
+    // Also where the body of a loop is empty.
+    if (Runtime::interrupted) throw ScriptError({runtime.line, 0}, "interrupted");
     for (const Statement& statement : block) {
         runtime.line = statement.line;
         const Flow flow = statement.run(runtime);
         if (flow != Flow::Next) return flow;
     }
     return Flow::Next;
+} catch (const std::bad_alloc&) {
+    raise(runtime, "OutOfMemoryException", "there is not enough memory");
+} catch (const std::length_error&) {
+    raise(runtime, "OutOfMemoryException", "a string or a list would be too long");
+} catch (const std::filesystem::filesystem_error& error) {
+    raise(runtime, "IOException", error.what());
 }
 
 Block parse(std::string_view text, Runtime& runtime, Scopes& scopes, bool interactive) {
-    return Parser(text, runtime, scopes, interactive).script();
+    Scopes declared = scopes;
+    Block block = Parser(text, runtime, declared, interactive).script();
+    scopes = std::move(declared);
+    return block;
+}
+
+std::vector<std::string> type_names(Host& host) {
+    std::vector<std::string> names{"Integer", "Int64", "UInt64", "Double", "Boolean", "String", "Ptr"};
+    for (const Class* type : host.classes()) names.push_back(type->name);
+    return names;
 }
 
 const std::vector<std::string>& keywords() {

@@ -26,8 +26,8 @@
 
 namespace minihost {
 
-// How a statement ended: with the next one, or by leaving the loop around it.
-enum class Flow { Next, Exit, Continue };
+// How a statement ended: with the next one, or by leaving the innermost loop of a kind or its round.
+enum class Flow { Next, ExitFor, ContinueFor, ExitWhile, ContinueWhile };
 
 using Action = std::function<Flow(Runtime&)>;
 
@@ -37,6 +37,8 @@ struct Statement {
 };
 
 using Block = std::vector<Statement>;
+// What C++ functions throw for want of memory, or for a file, becomes a host exception. Throws ScriptError
+// when the script is interrupted.
 Flow run(const Block& block, Runtime& runtime);
 
 // The variables that can be seen, innermost block last.
@@ -49,7 +51,11 @@ using Scopes = std::vector<std::map<std::string, Variable>>;  // by name in lowe
 
 // Parses a whole script. New variables get slots in `runtime`, at the outermost level for good. An
 // interactive text may declare a variable anew, and an expression on its own is shown. Throws ScriptError.
+// A text that cannot be parsed declares nothing.
 Block parse(std::string_view text, Runtime& runtime, Scopes& scopes, bool interactive);
+
+// What can stand behind As.
+std::vector<std::string> type_names(Host& host);
 
 // The words that are no names.
 const std::vector<std::string>& keywords();

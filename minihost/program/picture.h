@@ -3,9 +3,13 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <string>
 
 namespace minihost {
+
+// The most bytes of a picture's rows, each with one byte in front.
+constexpr int64_t kLargestPicture = std::numeric_limits<int>::max();
 
 // A PNG file's bytes, of `width` times `height` pixels in rows from the top, each of 1 (grey), 2 (grey and
 // opacity), 3 (RGB) or 4 (RGBA) samples of 8 bits. Empty when there is no memory for it.

@@ -4,9 +4,8 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <fstream>
+#include <memory>
 #include <ostream>
-#include <sstream>
 
 #include "minihost/program/names.h"
 
@@ -26,8 +25,10 @@ std::string show_double(double number) {
     return buffer.data();
 }
 
-std::string block_text(int32_t size) {
-    return size > 0 ? " of " + std::to_string(size) + " bytes" : " without a known size";
+// A size of 0 is an unknown one where there are bytes.
+std::string block_text(int32_t size, const void* data) {
+    return size > 0 || (size == 0 && !data) ? " of " + std::to_string(size) + " bytes"
+                                            : " without a known size";
 }
 
 std::string show_object(Runtime& runtime, REALobject object) {
@@ -35,7 +36,8 @@ std::string show_object(Runtime& runtime, REALobject object) {
     if (!object) return "Nil";
     const std::string& name = host.class_of(object).name;
     if (same_name(name, "FolderItem")) return host.path_of(object).string();
-    if (same_name(name, "MemoryBlock")) return name + block_text(host.block_size(object));
+    if (same_name(name, "MemoryBlock"))
+        return name + block_text(host.block_size(object), host.block_data(object));
     return name;
 }
 
@@ -54,7 +56,10 @@ void raise(Runtime& runtime, std::string_view class_name, std::string_view messa
 
 Type object_type(std::string_view class_name) { return {Kind::Object, std::string(class_name)}; }
 
-std::string type_name(const Type& type) { return type == kNil ? "Nil" : to_string(type); }
+std::string type_name(const Type& type) {
+    if (type.kind == Kind::Nothing) return "a call without a result";
+    return type == kNil ? "Nil" : to_string(type);
+}
 
 bool is_whole(const Type& type) {
     return type.kind == Kind::Integer || type.kind == Kind::Int64 || type.kind == Kind::UInt64;
@@ -140,7 +145,7 @@ void print_block(Runtime& runtime, const ObjectRef& block) {
     if (!data || size <= 0) {
         runtime.out << show(runtime, block) << '\n';
     } else {
-        runtime.dump.print(runtime.out, block.get(), {data, size_t(size)});
+        runtime.dump.print(runtime.out, runtime.host.serial_of(block.get()), {data, size_t(size)});
     }
 }
 
@@ -157,15 +162,19 @@ std::string file_error(const std::string& what, const std::filesystem::path& pat
     return what + ' ' + path.string() + ": " + std::strerror(errno);
 }
 
+std::string read_rest(std::FILE* file, const std::filesystem::path& name) {
+    std::string bytes;
+    std::array<char, 65536> buffer;
+    while (const size_t count = std::fread(buffer.data(), 1, buffer.size(), file))
+        bytes.append(buffer.data(), count);
+    if (std::ferror(file)) throw std::runtime_error(file_error("cannot read", name));
+    return bytes;
+}
+
 std::string read_file(const std::filesystem::path& path) {
-    std::error_code ignored;
-    std::ifstream file(path, std::ios::binary);
-    const bool directory = std::filesystem::is_directory(path, ignored);
-    if (directory) errno = EISDIR;
-    if (directory || !file) throw std::runtime_error(file_error("cannot read", path));
-    std::ostringstream text;
-    text << file.rdbuf();
-    return std::move(text).str();
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
+    if (!file) throw std::runtime_error(file_error("cannot read", path));
+    return read_rest(file.get(), path);
 }
 
 }  // namespace minihost

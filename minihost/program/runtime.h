@@ -2,6 +2,8 @@
 #pragma once
 
 #include <cmath>
+#include <csignal>
+#include <cstdio>
 #include <filesystem>
 #include <functional>
 #include <iosfwd>
@@ -25,7 +27,8 @@ struct Runtime {
     std::filesystem::path script_folder;  // where the script lies
     HexDump dump;
     std::vector<Value> variables = {};
-    int line = 0;  // of the statement that runs
+    int line = 0;                                              // of what runs
+    static inline volatile std::sig_atomic_t interrupted = 0;  // set where all that runs must end
 };
 
 // Raises a host exception in the script.
@@ -108,6 +111,8 @@ Value utf8_string(Runtime& runtime, std::string_view bytes);
 
 // "cannot read out/x: No such file or directory", by errno.
 std::string file_error(const std::string& what, const std::filesystem::path& path);
+// What can be read of an open file, whose name is for messages. Throws std::runtime_error.
+std::string read_rest(std::FILE* file, const std::filesystem::path& name);
 // The bytes of a file. Throws std::runtime_error.
 std::string read_file(const std::filesystem::path& path);
 

@@ -10,6 +10,7 @@ namespace minihost {
 struct Position {
     int line = 1;
     int column = 0;
+    bool operator==(const Position&) const = default;
 };
 
 // A script that cannot be parsed or cannot go on; `what()` says why.

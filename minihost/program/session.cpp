@@ -24,13 +24,14 @@ Session::Session(Host& host, std::ostream& out, Settings settings)
       interactive_(settings.interactive) {}
 
 bool Session::run(const std::string& name, std::string_view text) {
+    runtime_.line = 1;
     try {
         minihost::run(parse(text, runtime_, scopes_, interactive_), runtime_);
         return true;
     } catch (const ScriptError& error) {
         if (interactive_ && dynamic_cast<const IncompleteScript*>(&error)) return false;
         throw std::runtime_error(located(name, error.at, error.what()));
-    } catch (const HostException& exception) {
+    } catch (const std::exception& exception) {
         throw std::runtime_error(located(name, {runtime_.line, 0}, exception.what()));
     }
 }
@@ -52,7 +53,9 @@ std::vector<std::string> Session::completions(std::string_view before, std::stri
     } else {
         names = function_names(runtime_.host);
         names.insert(names.end(), keywords().begin(), keywords().end());
-        for (const Class* type : runtime_.host.classes()) names.push_back(type->name);
+        const std::vector<std::string> types = type_names(runtime_.host);
+        names.insert(names.end(), types.begin(), types.end());
+        names.insert(names.end(), {"help", "references", "quit"});
         for (const auto& scope : scopes_) {
             for (const auto& [key, variable] : scope) names.push_back(variable.name);
         }

@@ -50,6 +50,9 @@ TEST_F(Script, Prints) {
          "2-2 2147483647"},
         {"Print 1 / 3; \" \"; 1e10; \" \"; 2.0; \" \"; 1.5e-3", "0.3333333 1e+10 2 0.0015"},
         {"Print 6 And 3; 6 Or 3; 6 Xor 3; \" \"; Not 0; \" \"; -(3)", "275 -1 -3"},
+        {"Print -9223372036854775808; -1 < &hFFFFFFFFFFFFFFFF; &hFFFFFFFFFFFFFFFF > -1; "
+         "&hFFFFFFFFFFFFFFFF = -1; &hFFFFFFFFFFFFFFFF = &hFFFFFFFFFFFFFFFF",
+         "-9223372036854775808TrueTrueFalseTrue"},
         {"Print 1 < 2; 2 <= 1; 1 = 1.0; 1 <> 1; Not 1 = 2; True Xor True", "TrueFalseTrueFalseTrueFalse"},
         {"Print Min(3, 2); Max(3, 2.5); Min(1, 5000000000); Abs(-2.5); Floor(-1.5); Sqrt(9)", "2312.5-23"},
         // And and Or leave out what cannot matter.
@@ -75,11 +78,18 @@ TEST_F(Script, Prints) {
         {"Dim i As Integer\nWhile True\ni = i + 1\nIf i = 2 Then Continue\nIf i > 4 Then Exit While\nPrint "
          "i\nWend",
          "1\n3\n4"},
+        {"Dim n As Integer\nFor i As Integer = 2147483640 To 2147483650\nn = n + 1\nNext\nPrint n\n"
+         "For n = 1 To 3\nNext\nPrint n",
+         "8\n4"},
+        {"For i As Integer = 1 To 3\nPrint i\nWhile True\nExit For\nWend\nNext\nPrint 9", "1\n9"},
+        {"For i As Integer = 1 To 2\nWhile True\nContinue For\nWend\nNext\nPrint 9", "9"},
+        {"If False Then Print 1 : Print 2 Else Print 3 : Print 4\nIf False Then Print 5 : Print 6", "3\n4"},
         {"Dim a As Integer = 3\nIf a = 1 Then\nPrint 1\nElseIf a = 3 Then\nPrint 3\nElse\nPrint 0\nEnd If",
          "3"},
         {"If False Then Print 1 Else Print 2\nIf True Then If False Then Print 3 Else Print 4", "2\n4"},
         {"For i As Integer = 1 To 2\nDim n As Integer\nn = n + i\nPrint n\nNext", "1\n2"},
         // Layout: comments, continued lines, several statements in a line, capitalisation.
+        {"\xEF\xBB\xBFPrint 1", "1"},
         {"dIm X aS iNTEGER = 1 + _ ' one\n 2 // two\nPRINT x : Print X * 2 ' end", "3\n6"},
         {"Dim a, b As Integer = 2, c As String = \"x\"\nPrint a + b; c\nPrint", "4x\n"},
     };
@@ -89,6 +99,7 @@ TEST_F(Script, Prints) {
 TEST_F(Script, WorksOnObjects) {
     const std::string setup = "Dim b As New MemoryBlock(8)\n";
     const Case cases[] = {
+        {"b.Byte(0) = 2.7\nPrint b.Byte(0.9)", "2"},
         {"b.Byte(1) = 258\nPrint b.Byte(1); b.BytesZOR; b.Size", "288"},
         {"b.Int16Value(0) = -2\nPrint b.Int16Value(0); \" \"; b.UInt16Value(0); \" \"; b.Int8Value(1); \" "
          "\"; b.UInt8Value(1)",
@@ -104,7 +115,8 @@ TEST_F(Script, WorksOnObjects) {
         // A member that can be assigned, overloads, defaults, and calls without parentheses.
         {"b.OSTypeZOR(4) = \"TEXT\"\nPrint b.OSTypeZOR(4); b.MidZOR(6).Size; b.MidZOR(1, 2).Size", "TEXT22"},
         {"b.Byte(0) = 9\nb.MirrorBytesZOR\nPrint b.Byte(7)\nb.FillBytesZOR 0, 2, 7\nPrint b.Byte(1)", "9\n7"},
-        {"Dim p As Ptr = b\nPrint p = b.AddressPtrZOR; p = Nil; b.MinZOR(b, b, 16)", "TrueFalseTrue"},
+        {"Dim p As Ptr = b\nPrint p = b.AddressPtrZOR; p = b; b = p; p = Nil; Nil = p; b.MinZOR(b, b, 16)",
+         "TrueTrueTrueFalseFalseTrue"},
         {"Dim c As MemoryBlock = b\nPrint c Is b; c = Nil; c <> New MemoryBlock(8)\nc = Nil\nPrint c",
          "TrueFalseTrue\nNil"},
         {"Dim m As New MemoryBlockZOR\nPrint m.Create(5); m.Size\nm.Memory.Byte(4) = 3\nPrint "
@@ -163,7 +175,7 @@ TEST_F(Script, SaysWhatIsWrongAndWhere) {
         {"Dim b As MemoryBlock = New MemoryBlockZOR", "s:1:28: b takes MemoryBlock, found MemoryBlockZOR"},
         {"Dim m As New MemoryBlockZOR\nDim x As Integer = m.Close",
          "s:2:22: x takes Integer, found a call without a result"},
-        {"Dim b As New MemoryBlock(1)\nb.Size = 5", "s:2:3: this cannot be assigned"},
+        {"Dim b As New MemoryBlock(1)\nb.Size = 5", "s:2:3: expected what can be assigned, found \"Size\""},
         {"Print 1 + \"a\"", "s:1:9: \"+\" takes two numbers or two strings, found Integer and String"},
         {"Print 1.5 And 2.5 Or True",
          "s:1:19: \"Or\" takes two Booleans or two whole numbers, found Int64 and Boolean"},
@@ -171,8 +183,14 @@ TEST_F(Script, SaysWhatIsWrongAndWhere) {
         {"Print 1 +", "s:1:10: expected a value, found end of line"},
         {"Print \"\u00e9\" ! 2", "s:1:11: unexpected character \"!\""},
         {"Print \"abc", "s:1:7: the string has no closing quotation mark"},
-        {"Print &hG", "s:1:7: \"&hG\" is no number"},
-        {"Print 1\n  If True Then\nPrint 2", "s:2:3: If is not closed"},
+        {"Print &hG", "s:1:7: expected digits of base 16, found \"&hG\""},
+        {"Print &x1", "s:1:7: expected &h, &o or &b and digits, found \"&x1\""},
+        {"Print 1 _ x", "s:1:11: expected the end of the line behind \"_\", found \"x\""},
+        {"Print \u20ac", "s:1:7: unexpected character \"\u20ac\""},
+        {"Print \x01", "s:1:7: unexpected character \\x01"},
+        {"Print \xE2\x82", "s:1:7: unexpected character \\xE2"},
+        {"Print 1\n  If True Then\nPrint 2",
+         "s:2:3: If is not closed: expected \"End If\", found end of the script"},
         {"While True\nNext", "s:2:1: expected \"Wend\", found \"Next\""},
         {"Print 1\nEnd If", "s:2:1: expected a statement, found \"End\""},
         {"Exit", "s:1:1: Exit stands outside of loops"},
@@ -181,12 +199,43 @@ TEST_F(Script, SaysWhatIsWrongAndWhere) {
         {"Try\nCatch e As MemoryBlock\nEnd Try", "s:2:12: MemoryBlock is no exception"},
         {"\nDim b As MemoryBlock\nb.FillBytesZOR(0, 1, 2)", "s:3: NilObjectException: memoryblock is nil"},
         {"Dim m As MemoryBlockZOR\nm.Close", "s:2: NilObjectException: Close of a nil MemoryBlockZOR"},
+        {"Dim e As RuntimeException\nPrint e.Message",
+         "s:2: NilObjectException: Message of a nil RuntimeException"},
+        {"Dim b As MemoryBlock\nIf False Then\nElseIf b.Size = 1 Then\nEnd If",
+         "s:3: NilObjectException: memoryblock is nil"},
+        {"Print 1 + _\n1 \\ 0", "s:2: RuntimeException: division by zero"},
+        {"Print New MemoryBlock(4294967297)",
+         "s:1:11: MemoryBlock takes size as Integer, got Int64 4294967297"},
+        {"Dim b As New MemoryBlock(4)\nb.Byte(4294967296) = 7",
+         "s:2:3: Byte takes offset as Integer, got Int64 4294967296"},
+        {"Dim b As New MemoryBlock(1)\nPrint Str(b.FillBytesZOR(0, 1, 1))",
+         "s:2:13: Str takes value as Variant, found a call without a result"},
+        {"WritePicture \"out\", New MemoryBlock(1073741824), 1, 1073741824",
+         "s:1: IOException: cannot write out: 1 x 1073741824 pixels are too many for a picture"},
+        {"Print ReadFile(\"/proc/self/mem\")",
+         "s:1: IOException: cannot read /proc/self/mem: Input/output error"},
         {"Print Args(1)", "s:1: OutOfBoundsException: Args(1) of 0 arguments"},
     };
     for (const Case& c : cases) {
         // Nothing has run before a mistake was found that shows without running.
         EXPECT_EQ(run(c.script), std::string(c.output) + "\n") << c.script;
     }
+}
+
+TEST_F(Script, TurnsFailuresIntoHostExceptions) {
+    std::ostringstream out;
+    Runtime runtime{host(), out, {}, ".", HexDump(false)};
+    const auto raised = [&](auto error) -> std::string {
+        try {
+            minihost::run({{1, [&](Runtime&) -> Flow { throw error; }}}, runtime);
+        } catch (const HostException& exception) {
+            return exception.class_name;
+        }
+        return "";
+    };
+    EXPECT_EQ(raised(std::bad_alloc()), "OutOfMemoryException");
+    EXPECT_EQ(raised(std::length_error("")), "OutOfMemoryException");
+    EXPECT_EQ(raised(std::filesystem::filesystem_error("", std::error_code())), "IOException");
 }
 
 TEST_F(Script, LimitsNestingAndLength) {
@@ -229,7 +278,8 @@ TEST_F(Script, CutsLongBlocksInTheMiddle) {
     EXPECT_NE(dump.find("\n          ... 688 bytes left out ...\n000003B0  00"), std::string::npos) << dump;
     EXPECT_TRUE(dump.ends_with("000003E0  00 00 00 00 00 00 00 00  41                       ........A\n"))
         << dump;
-    EXPECT_EQ(run("Print New MemoryBlock(0)"), "MemoryBlock without a known size\n");
+    EXPECT_EQ(run("Print New MemoryBlock(0)"), "MemoryBlock of 0 bytes\n");
+    EXPECT_EQ(run("Print NewMemoryBlockFromPtrZOR(1)"), "MemoryBlock without a known size\n");
 }
 
 TEST_F(Script, ColoursTheBytesThatChanged) {
@@ -242,12 +292,21 @@ TEST_F(Script, ColoursTheBytesThatChanged) {
     EXPECT_EQ(run(script, {.colour = true}), plain + marked + changed);
 }
 
+// A new block may come to lie where an old one lay.
+TEST_F(Script, ColoursNothingInABlockThatIsNew) {
+    const std::string dumps =
+        run("For i As Integer = 1 To 5000\nDim b As New MemoryBlock(1)\nb.Byte(0) = i Mod 251\nPrint "
+            "b\nNext",
+            {.colour = true});
+    EXPECT_EQ(dumps.find('\x1b'), std::string::npos);
+}
+
 TEST(HexDump, TakesABlockOfAnotherSizeForAnotherBlock) {
     std::ostringstream out;
     HexDump dump(true);
     const std::vector<uint8_t> bytes{1, 2, 3};
-    dump.print(out, &out, std::span(bytes).first(1));
-    dump.print(out, &out, bytes);
+    dump.print(out, 1, std::span(bytes).first(1));
+    dump.print(out, 1, bytes);
     EXPECT_EQ(out.str().find('\x1b'), std::string::npos) << out.str();
     EXPECT_NE(out.str().find("01 02 03 "), std::string::npos) << out.str();
 }
@@ -259,6 +318,8 @@ TEST_F(Script, HelpsWithNames) {
               "MemoryBlock\n  CopyBytesZOR(srcOfs as Integer, numBytes as Integer, destOfs as Integer)\n"
               "  CopyBytesZOR(srcOfs as Integer, numBytes as Integer, destBlk as MemoryBlock, destOfs as "
               "Integer)\n");
+    EXPECT_EQ(run("help Message"), "RuntimeException\n  Message as String   (read only)\n");
+    EXPECT_EQ(run("help IOException"), "IOException\n  is a RuntimeException\n");
     EXPECT_EQ(run("help FindByteZR"), "there is nothing called FindByteZR; did you mean FindByteZOR?\n");
     const std::string all = run("help");
     EXPECT_TRUE(all.starts_with("MemoryBlock\n  BytesZOR as Integer   (read only)\n")) << all;
@@ -292,11 +353,15 @@ TEST_F(Script, PromptGoesOnAfterErrorsAndIncompleteBlocks) {
     EXPECT_TRUE(session.run("prompt", "b.FindByteZOR 0, 2, 7"));
     EXPECT_TRUE(session.run("prompt", "-b.Byte(0)"));
     EXPECT_TRUE(session.run("prompt", "Dim b As String = \"new\" : b"));
-    EXPECT_EQ(out.str(), "8\n0\n-7\nnew\n");
+    EXPECT_THROW(session.run("prompt", "Dim b As Integer = nix"), std::runtime_error);
+    EXPECT_TRUE(session.run("prompt", "b"));
+    EXPECT_EQ(out.str(), "8\n0\n-7\nnew\nnew\n");
 
     using Names = std::vector<std::string>;
     EXPECT_EQ(session.completions("x.", "findby"), (Names{"FindByteZOR", "FindBytesZOR"}));
     EXPECT_EQ(session.completions("", "El"), (Names{"Else", "ElseIf"}));
+    EXPECT_EQ(session.completions("Dim i As ", "Int"), (Names{"Int64", "Integer"}));
+    EXPECT_EQ(session.completions("", "q"), (Names{"quit"}));
     session.run("prompt", "Dim large As New MemoryBlockZOR");
     EXPECT_EQ(session.completions("Print large.", "S"), (Names{"Size"}));
     EXPECT_EQ(session.completions("", "lar"), (Names{"large"}));
