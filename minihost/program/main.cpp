@@ -2,13 +2,16 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <charconv>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
-#include <iterator>
+#include <optional>
 
 #include "minihost/program/help.h"
+#include "minihost/program/names.h"
 #include "minihost/program/prompt.h"
 #include "minihost/program/session.h"
 
@@ -20,8 +23,8 @@ constexpr int kFailed = 1;
 constexpr int kUsage = 2;
 
 struct CommandLine {
-    std::string plugin;
-    std::string host_version;
+    std::optional<std::string> plugin;
+    std::optional<std::string> host_version;
     std::vector<std::string> without;
     std::string statements;  // of -e
     bool has_statements = false;
@@ -45,18 +48,21 @@ fs::path default_bundle() {
 minihost::Options host_options(const CommandLine& line) {
     minihost::Options options;
     options.without.insert(line.without.begin(), line.without.end());
+    for (const std::string& key : line.without) {
+        if (!minihost::Host::knows_key(key))
+            throw UsageError("--without takes a key of the host, found " + minihost::in_quotes(key));
+    }
     if (line.host_version == "none") {
         options.version.reset();
-    } else if (!line.host_version.empty()) {
-        size_t used = 0;
-        try {
-            options.version = std::stod(line.host_version, &used);
-        } catch (const std::exception&) {
-            used = 0;
+    } else if (line.host_version) {
+        double version = 0;
+        const char* end = line.host_version->data() + line.host_version->size();
+        const auto read = std::from_chars(line.host_version->data(), end, version);
+        if (read.ec != std::errc() || read.ptr != end || !std::isfinite(version)) {
+            throw UsageError("--host-version takes a number or none, found " +
+                             minihost::in_quotes(*line.host_version));
         }
-        if (used != line.host_version.size()) {
-            throw UsageError("--host-version takes a number or none, found " + line.host_version);
-        }
+        options.version = version;
     }
     return options;
 }
@@ -87,18 +93,19 @@ void run(minihost::Host& host, const CommandLine& line) {
         minihost::Session session(host, std::cout, settings);
         run_prompt(session);
     } else {
-        const std::string statements{std::istreambuf_iterator<char>(std::cin), {}};
+        const std::string statements = minihost::read_rest(stdin, "standard input");
         minihost::Session(host, std::cout, settings).run("stdin", statements);
     }
 }
 
 int run(const CommandLine& line) {
+    if (line.plugin == "") throw UsageError("--plugin takes a file, found \"\"");
     minihost::Host host(host_options(line));
     bool failed = false;
     try {
-        host.load(line.plugin.empty() ? default_bundle() : fs::path(line.plugin));
+        host.load(line.plugin ? fs::path(*line.plugin) : default_bundle());
         run(host, line);
-    } catch (const std::runtime_error& error) {
+    } catch (const std::exception& error) {
         std::cout << std::flush;
         std::cerr << error.what() << '\n';
         failed = true;
@@ -128,6 +135,7 @@ int start(int argc, char** argv) {
     app.add_option("--without", line.without, "A key that the host does not know; may be repeated")
         ->type_name("KEY")
         ->expected(1)
+        ->allow_extra_args(false)
         ->take_all();
     statements->type_name("STATEMENTS");
     app.set_version_flag("--version", "minihost " MINIHOST_VERSION);
