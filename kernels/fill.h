@@ -17,12 +17,4 @@ void invert(uint8_t* data, size_t n);
 void swap_units16(uint8_t* data, size_t n);
 void swap_units32(uint8_t* data, size_t n);
 
-namespace plain {
-
-void fill(uint8_t* data, size_t n, uint8_t value);
-void invert(uint8_t* data, size_t n);
-void swap_units16(uint8_t* data, size_t n);
-void swap_units32(uint8_t* data, size_t n);
-
-}  // namespace plain
 }  // namespace kernels

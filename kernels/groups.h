@@ -17,11 +17,4 @@ void complete_sum(uint8_t* data, size_t groups, int32_t limit, bool zero_stays);
 void replace_similar(uint8_t* data, size_t groups, const int32_t (&reference)[4],
                      const int32_t (&replacement)[4], double tolerance);
 
-namespace plain {
-
-void complete_sum(uint8_t* data, size_t groups, int32_t limit, bool zero_stays);
-void replace_similar(uint8_t* data, size_t groups, const int32_t (&reference)[4],
-                     const int32_t (&replacement)[4], double tolerance);
-
-}  // namespace plain
 }  // namespace kernels

@@ -6,21 +6,13 @@
 
 namespace kernels {
 
-// Stores the smaller (the larger) of `first` and `second` for each whole element of `bytes` bytes; bytes
-// after the last one stay as they are. An element has `bits` bits: 8, 16, 32 or 64; false, and nothing is
-// stored, for any other number. Any alignment. One element is stored before the next is read: any overlap
-// gives what that gives.
-bool minimum(uint8_t* destination, const uint8_t* first, const uint8_t* second, size_t bytes, int32_t bits,
-             bool is_signed);
-bool maximum(uint8_t* destination, const uint8_t* first, const uint8_t* second, size_t bytes, int32_t bits,
-             bool is_signed);
+enum class Element { kUint8, kInt8, kUint16, kInt16, kUint32, kInt32, kUint64, kInt64 };
+inline constexpr size_t kElements = 8;
 
-namespace plain {
+// Stores the smaller (the larger) of `first` and `second` for each of n elements, at any alignment. One
+// element is stored before the next is read: any overlap gives what that gives.
+using CombineElements = void(uint8_t* destination, const uint8_t* first, const uint8_t* second, size_t n);
+void minimum(Element element, uint8_t* destination, const uint8_t* first, const uint8_t* second, size_t n);
+void maximum(Element element, uint8_t* destination, const uint8_t* first, const uint8_t* second, size_t n);
 
-bool minimum(uint8_t* destination, const uint8_t* first, const uint8_t* second, size_t bytes, int32_t bits,
-             bool is_signed);
-bool maximum(uint8_t* destination, const uint8_t* first, const uint8_t* second, size_t bytes, int32_t bits,
-             bool is_signed);
-
-}  // namespace plain
 }  // namespace kernels

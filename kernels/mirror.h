@@ -18,11 +18,4 @@ void reverse_bits_in_bytes(uint8_t* data, size_t n);
 // touched.
 void reverse_bits(uint8_t* data, size_t first, size_t count);
 
-namespace plain {
-
-void reverse_bytes(uint8_t* data, size_t n);
-void reverse_bits_in_bytes(uint8_t* data, size_t n);
-void reverse_bits(uint8_t* data, size_t first, size_t count);
-
-}  // namespace plain
 }  // namespace kernels

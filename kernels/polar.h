@@ -28,12 +28,4 @@ void polar_to_cartesian(uint8_t* destination, const uint8_t* source, size_t pair
 // (x, y) to (magnitude, angle): sqrtf(y * y + x * x), atan2f(y, x). Overlap as above.
 void cartesian_to_polar(uint8_t* destination, const uint8_t* source, size_t pairs);
 
-namespace plain {
-
-void log_sweep(uint8_t* destination, size_t pairs, int32_t first_frequency, int32_t last_frequency,
-               double duration);
-void polar_to_cartesian(uint8_t* destination, const uint8_t* source, size_t pairs);
-void cartesian_to_polar(uint8_t* destination, const uint8_t* source, size_t pairs);
-
-}  // namespace plain
 }  // namespace kernels

@@ -13,10 +13,4 @@ void scale_uint8(uint8_t* samples, size_t n, double factor);
 // `n` counts samples, at any alignment.
 void scale_uint16(uint8_t* samples, size_t n, double factor);
 
-namespace plain {
-
-void scale_uint8(uint8_t* samples, size_t n, double factor);
-void scale_uint16(uint8_t* samples, size_t n, double factor);
-
-}  // namespace plain
 }  // namespace kernels

@@ -21,14 +21,4 @@ bool equal(const uint8_t* first, const uint8_t* second, size_t n);
 bool all_zero(const uint8_t* data, size_t n);
 bool all_ascii(const uint8_t* data, size_t n);  // below 0x80
 
-namespace plain {
-
-size_t find_byte(const uint8_t* data, size_t n, uint8_t value);
-size_t find_not_byte(const uint8_t* data, size_t n, uint8_t value);
-size_t find(const uint8_t* haystack, size_t n, const uint8_t* needle, size_t m);
-bool equal(const uint8_t* first, const uint8_t* second, size_t n);
-bool all_zero(const uint8_t* data, size_t n);
-bool all_ascii(const uint8_t* data, size_t n);
-
-}  // namespace plain
 }  // namespace kernels

@@ -4,22 +4,35 @@
 // All is `static`, so that every translation unit keeps a copy of its own, made with its own flags.
 #pragma once
 
-#include <cstdint>
-#include <cstring>
+#include <stddef.h>
+#include <stdint.h>
+#include <string.h>
 
 namespace kernels {
 
-template <class Word>
-static inline Word load(const uint8_t* bytes) {
-    Word word;
-    std::memcpy(&word, bytes, sizeof word);
-    return word;
+template <class Number>
+static inline Number load(const uint8_t* bytes) {
+    Number number;
+    memcpy(&number, bytes, sizeof number);
+    return number;
 }
 
-template <class Word>
-static inline void store(uint8_t* bytes, Word word) {
-    std::memcpy(bytes, &word, sizeof word);
+template <class Number>
+static inline void store(uint8_t* bytes, Number number) {
+    memcpy(bytes, &number, sizeof number);
 }
+
+template <class Number>
+static constexpr Number smaller(Number a, Number b) {
+    return b < a ? b : a;
+}
+
+template <class Number>
+static constexpr Number larger(Number a, Number b) {
+    return a < b ? b : a;
+}
+
+inline constexpr size_t kWord = sizeof(uint64_t);
 
 // A word of eight equal bytes.
 static inline uint64_t eight_of(uint8_t byte) { return byte * UINT64_C(0x0101010101010101); }
@@ -38,6 +51,6 @@ static inline uint64_t bits_in_bytes_reversed(uint64_t word) {
     return (word >> 1 & kNeighbours) | (word & kNeighbours) << 1;
 }
 
-static inline uint8_t bits_reversed(uint8_t byte) { return uint8_t(bits_in_bytes_reversed(byte)); }
+static inline uint8_t bits_in_byte_reversed(uint8_t byte) { return uint8_t(bits_in_bytes_reversed(byte)); }
 
 }  // namespace kernels

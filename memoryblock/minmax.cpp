@@ -1,5 +1,6 @@
-// The smaller and the larger differ in the kernel only.
 #include "kernels/minmax.h"
+
+#include <optional>
 
 #include "memoryblock/members.h"
 #include "plugin/block.h"
@@ -7,6 +8,17 @@
 
 namespace memoryblock {
 namespace {
+
+std::optional<kernels::Element> element(int32_t BitSize, bool is_signed) {
+    using enum kernels::Element;
+    switch (BitSize) {
+        case 8: return is_signed ? kInt8 : kUint8;
+        case 16: return is_signed ? kInt16 : kUint16;
+        case 32: return is_signed ? kInt32 : kUint32;
+        case 64: return is_signed ? kInt64 : kUint64;
+        default: return std::nullopt;
+    }
+}
 
 bool combine(decltype(kernels::minimum)* kernel, REALmemoryBlock block, const void* firstMem,
              const void* secondMem, int32_t BitSize, REALboolean Signed, int32_t offsetByte,
@@ -16,8 +28,11 @@ bool combine(decltype(kernels::minimum)* kernel, REALmemoryBlock block, const vo
     if (offsetByte < 0) return RaiseNegativeOffset(), false;
     const rbBuffer held(block);
     const Range range = cut_or_rest(held, offsetByte, lengthBytes);
-    return kernel(held.data() + range.first, static_cast<const uint8_t*>(firstMem),
-                  static_cast<const uint8_t*>(secondMem), range.count, BitSize, Signed != 0);
+    const auto kind = element(BitSize, Signed != 0);
+    if (!kind) return false;
+    kernel(*kind, held.data() + range.first, static_cast<const uint8_t*>(firstMem),
+           static_cast<const uint8_t*>(secondMem), range.count / size_t(BitSize / 8));
+    return true;
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // The pieces of a gathering begin at regular distances, so that the first and the last one tell where all
 // lie. The products stand in 64 bits: with any 32-bit arguments each sum stays below 2^63.
-#include "kernels/stride.h"
+#include "kernels/expand.h"
+#include "kernels/gather.h"
 
 #include <algorithm>
 

@@ -2,6 +2,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "kernels/levels.h"
 #include "plugin/convert.h"
 #include "plugin/host.h"
 #include "plugin/tables.h"
@@ -36,6 +37,7 @@ bool adapt(REALclassDefinition& definition) {
 
 extern "C" __attribute__((visibility("default"))) void REALPluginMain(Resolver resolver) {
     gResolver = resolver;
+    kernels::choose_level(kernels::best_level());
     const auto registerVersion = REALRegisterPluginVersion.ask();
     if (const auto hostVersion = REALGetRBVersion.ask()) rbversion_rbversion = hostVersion();
     CurrentREALControlVersion = version_word(rbversion_rbversion);

@@ -1,8 +1,12 @@
 #include "kernels/copy.h"
 
-#include "tests/support/guarded.h"
+#include "tests/kernels/level_test.h"
 
-TEST(CopyKernel, IsTheByteByByteCopyForEveryOverlap) {
+namespace {
+
+LEVEL_TESTS(CopyKernel, fast_levels());
+
+TEST_P(CopyKernel, IsTheByteByByteCopyForEveryOverlap) {
     Random random;
     for (int round = 0; round < 4000; ++round) {
         const size_t size = between<size_t>(random, 0, round % 100 == 0 ? 20000 : 300);
@@ -11,10 +15,12 @@ TEST(CopyKernel, IsTheByteByByteCopyForEveryOverlap) {
         const size_t from = between<size_t>(random, 0, size - count);
         const size_t to = between<size_t>(random, 0, size - count);
         std::vector<uint8_t> expected = memory.copy();
-        kernels::plain::copy(expected.data() + to, expected.data() + from, count);
-        kernels::copy(memory.data() + to, memory.data() + from, count);
+        plain().copy(expected.data() + to, expected.data() + from, count);
+        fast().copy(memory.data() + to, memory.data() + from, count);
         ASSERT_TRUE(same_bytes(memory.bytes(), expected))
             << count << " bytes from " << from << " to " << to << " of " << size;
         ASSERT_TRUE(memory.untouched_around());
     }
 }
+
+}  // namespace

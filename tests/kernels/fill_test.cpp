@@ -4,17 +4,15 @@
 
 namespace {
 
-template <uint8_t Value>
-constexpr InPlace kFill = {"fill", [](uint8_t* data, size_t n) { kernels::fill(data, n, Value); },
-                           [](uint8_t* data, size_t n) { kernels::plain::fill(data, n, Value); }};
+LEVEL_TESTS(FillKernels, fast_levels());
 
-TEST(FillKernels, ChangeTheirRangeAsThePlainOnes) {
+TEST_P(FillKernels, ChangeTheirRangeAsThePlainOnes) {
     const InPlace kernels[] = {
-        kFill<0x00>,
-        kFill<0xFF>,
-        {"invert", kernels::invert, kernels::plain::invert},
-        {"swap_units16", kernels::swap_units16, kernels::plain::swap_units16},
-        {"swap_units32", kernels::swap_units32, kernels::plain::swap_units32},
+        {"fill", [](uint8_t* data, size_t n) { fast().fill(data, n, 0xC3); },
+         [](uint8_t* data, size_t n) { plain().fill(data, n, 0xC3); }},
+        {"invert", fast().invert, plain().invert},
+        {"swap_units16", fast().swap_units16, plain().swap_units16},
+        {"swap_units32", fast().swap_units32, plain().swap_units32},
     };
     check_in_place(kernels);
 }

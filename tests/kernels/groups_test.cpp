@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <limits>
 
-#include "tests/support/guarded.h"
+#include "tests/kernels/level_test.h"
 
 namespace {
 
-TEST(GroupsKernels, CompleteEverySum) {
+LEVEL_TESTS(GroupsKernels, fast_levels());
+
+TEST_P(GroupsKernels, CompleteEverySum) {
     Random random;
     constexpr int32_t kLimits[] = {INT32_MIN, -1, 0, 1, 255, 256, 765, 766, 1019, 1020, 1021, INT32_MAX};
     for (int round = 0; round < 6000; ++round) {
@@ -17,15 +19,15 @@ TEST(GroupsKernels, CompleteEverySum) {
         GuardedBytes memory(4 * groups, GuardedBytes::kBothSides[random() % 2], random);
         for (size_t i = 0; i < groups; i += 3) std::fill_n(memory.data() + 4 * i, 3, uint8_t(0));
         std::vector<uint8_t> expected = memory.copy();
-        kernels::plain::complete_sum(expected.data(), groups, limit, zero_stays);
-        kernels::complete_sum(memory.data(), groups, limit, zero_stays);
+        plain().complete_sum(expected.data(), groups, limit, zero_stays);
+        fast().complete_sum(memory.data(), groups, limit, zero_stays);
         ASSERT_TRUE(same_bytes(memory.bytes(), expected))
             << "limit " << limit << ", zero stays: " << zero_stays;
         ASSERT_TRUE(memory.untouched_around());
     }
 }
 
-TEST(GroupsKernels, ReplaceWhatIsSimilar) {
+TEST_P(GroupsKernels, ReplaceWhatIsSimilar) {
     Random random;
     constexpr double kInfinity = std::numeric_limits<double>::infinity();
     constexpr double kTolerances[] = {0,
@@ -61,9 +63,9 @@ TEST(GroupsKernels, ReplaceWhatIsSimilar) {
             if (byte >= 0 && byte < 255) memory.data()[i] = uint8_t(byte + double(random() % 16 == 0));
         }
         std::vector<uint8_t> expected = memory.copy();
-        kernels::plain::replace_similar(expected.data(), groups, reference, replacement, tolerance);
+        plain().replace_similar(expected.data(), groups, reference, replacement, tolerance);
         replaced += expected != memory.copy();
-        kernels::replace_similar(memory.data(), groups, reference, replacement, tolerance);
+        fast().replace_similar(memory.data(), groups, reference, replacement, tolerance);
         ASSERT_TRUE(same_bytes(memory.bytes(), expected)) << "tolerance " << tolerance;
         ASSERT_TRUE(memory.untouched_around());
     }

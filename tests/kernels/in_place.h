@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <span>
 
-#include "tests/support/guarded.h"
+#include "tests/kernels/level_test.h"
 
 struct InPlace {
     const char* name;

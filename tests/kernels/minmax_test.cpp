@@ -3,15 +3,17 @@
 #include <algorithm>
 #include <array>
 
-#include "tests/support/guarded.h"
+#include "tests/kernels/level_test.h"
 
 namespace {
 
-TEST(MinMaxKernels, ChooseElementAfterElement) {
+LEVEL_TESTS(MinMaxKernels, fast_levels());
+
+TEST_P(MinMaxKernels, ChooseElementAfterElement) {
     Random random;
     for (int round = 0; round < 20000; ++round) {
-        const int32_t bits = 8 << round % 4;
-        const bool is_signed = round / 4 % 2;
+        const auto element = size_t(round) % kernels::kElements;
+        const size_t width = size_t(1) << element / 2;
         const bool larger = round / 8 % 2;
         const auto bytes = between<size_t>(random, 0, round % 100 == 0 ? 5000 : 150);
         // The three arrays lie apart, overlap, or are the same: a store can change what is read later.
@@ -24,15 +26,16 @@ TEST(MinMaxKernels, ChooseElementAfterElement) {
         for (uint8_t& byte : memory.bytes())
             byte = std::array<uint8_t, 5>{0x00, 0x01, 0x7F, 0x80, 0xFF}[random() % 5];
         std::vector<uint8_t> expected = memory.copy();
-        const auto run = [&](auto* kernel, uint8_t* data) {
-            return kernel(data + at[0], data + at[1], data + at[2], bytes, bits, is_signed);
+        const auto run = [&](const kernels::Kernels& level, uint8_t* data) {
+            const auto& kernels = larger ? level.maximum : level.minimum;
+            kernels[element](data + at[0], data + at[1], data + at[2], bytes / width);
         };
-        ASSERT_TRUE(run(larger ? kernels::plain::maximum : kernels::plain::minimum, expected.data()));
-        ASSERT_TRUE(run(larger ? kernels::maximum : kernels::minimum, memory.data()));
+        run(plain(), expected.data());
+        run(fast(), memory.data());
         ASSERT_TRUE(same_bytes(memory.bytes(), expected) && memory.untouched_around())
             << same_bytes(memory.bytes(), expected).message() << (larger ? "\nmaximum of " : "\nminimum of ")
-            << bytes << " bytes at " << at[1] << " and " << at[2] << " to " << at[0]
-            << (is_signed ? ", signed " : ", ") << bits;
+            << bytes << " bytes at " << at[1] << " and " << at[2] << " to " << at[0] << ", kind of element "
+            << element;
     }
 }
 

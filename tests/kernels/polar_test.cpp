@@ -7,9 +7,11 @@
 #include <cstring>
 #include <limits>
 
-#include "tests/support/guarded.h"
+#include "tests/kernels/level_test.h"
 
 namespace {
+
+LEVEL_TESTS(PolarKernels, kernels::levels());
 
 struct Pair {
     float first;
@@ -86,7 +88,7 @@ float any_float(Random& random) {
     return std::ldexp(std::uniform_real_distribution(-1.0F, 1.0F)(random), between(random, -160, 128));
 }
 
-TEST(PolarKernels, AreTheLibrarysFunctionsBitForBit) {
+TEST_P(PolarKernels, AreTheLibrarysFunctionsBitForBit) {
     Random random;
     int fused_differs = 0;
     for (int round = 0; round < 2000; ++round) {
@@ -106,15 +108,15 @@ TEST(PolarKernels, AreTheLibrarysFunctionsBitForBit) {
             expected[to + 2 * i + 1] = after.second;
             fused_differs += to_polar && std::isfinite(after.first) && after.first != fused_magnitude(before);
         }
-        (to_polar ? kernels::cartesian_to_polar : kernels::polar_to_cartesian)(
-            memory.data() + 4 * to, memory.data() + 4 * from, pairs);
+        (to_polar ? fast().cartesian_to_polar : fast().polar_to_cartesian)(memory.data() + 4 * to,
+                                                                           memory.data() + 4 * from, pairs);
         ASSERT_TRUE(same_floats(memory.data(), expected))
             << (to_polar ? "to polar, " : "to Cartesian, ") << from << " to " << to;
     }
     EXPECT_GT(fused_differs, 100) << "the numbers tell nothing about fused operations";
 }
 
-TEST(PolarKernels, SweepIsTheFormulaBitForBit) {
+TEST_P(PolarKernels, SweepIsTheFormulaBitForBit) {
     struct Sweep {
         int32_t first, last;
         double duration;
@@ -138,7 +140,7 @@ TEST(PolarKernels, SweepIsTheFormulaBitForBit) {
     for (const Sweep& s : kSweeps) {
         const std::vector<float> expected = sweep(500, s.first, s.last, s.duration);
         GuardedBytes table(8 * 500 + 1);
-        kernels::log_sweep(table.data() + 1, 500, s.first, s.last, s.duration);
+        fast().log_sweep(table.data() + 1, 500, s.first, s.last, s.duration);
         EXPECT_TRUE(same_floats(table.data() + 1, expected))
             << s.first << " to " << s.last << " in " << s.duration;
     }
@@ -146,18 +148,18 @@ TEST(PolarKernels, SweepIsTheFormulaBitForBit) {
 
 // The identities behind the bits: the sweep has its formula's phase, and a conversion there and back comes
 // back.
-TEST(PolarKernels, ComputeWhatTheyAreFor) {
+TEST_P(PolarKernels, ComputeWhatTheyAreFor) {
     Pair table[65];
     auto* bytes = reinterpret_cast<uint8_t*>(table);
-    kernels::log_sweep(bytes, 65, 1, 8, 64);
+    fast().log_sweep(bytes, 65, 1, 8, 64);
     for (size_t i = 0; i < 65; ++i) {
         const double turns = (std::exp2(3 * double(i) / 64) - 1) / std::log(8.0);
         EXPECT_NEAR(table[i].first, 0.944 * std::sin(2 * M_PI * turns), 2e-5) << i;
         EXPECT_NEAR(table[i].second, 32 * M_PI * double(i) / 64, 1e-5) << i;
         table[i] = {1.0F + float(i), (float(i) - 32) / 10.3F};
     }
-    kernels::polar_to_cartesian(bytes, bytes, 65);
-    kernels::cartesian_to_polar(bytes, bytes, 65);
+    fast().polar_to_cartesian(bytes, bytes, 65);
+    fast().cartesian_to_polar(bytes, bytes, 65);
     for (size_t i = 0; i < 65; ++i) {
         EXPECT_NEAR(table[i].first, 1.0 + double(i), 2e-5);
         EXPECT_NEAR(table[i].second, (double(i) - 32) / 10.3, 1e-6);

@@ -3,13 +3,15 @@
 #include <cmath>
 #include <limits>
 
-#include "tests/support/guarded.h"
+#include "tests/kernels/level_test.h"
 
 namespace {
 
+LEVEL_TESTS(ScaleKernels, fast_levels());
+
 using Limits = std::numeric_limits<double>;
 
-TEST(ScaleKernels, AreExactForEverySampleAndFactor) {
+TEST_P(ScaleKernels, AreExactForEverySampleAndFactor) {
     std::vector<double> factors = {0.0,
                                    -0.0,
                                    Limits::denorm_min(),
@@ -49,9 +51,8 @@ TEST(ScaleKernels, AreExactForEverySampleAndFactor) {
             for (const size_t bytes : {1U, 2U}) {
                 GuardedBytes memory({all.data(), all.data() + n * bytes}, GuardedBytes::kBothSides[n % 2]);
                 std::vector<uint8_t> expected = memory.copy();
-                (bytes == 1 ? kernels::plain::scale_uint8 : kernels::plain::scale_uint16)(expected.data(), n,
-                                                                                          factor);
-                (bytes == 1 ? kernels::scale_uint8 : kernels::scale_uint16)(memory.data(), n, factor);
+                (bytes == 1 ? plain().scale_uint8 : plain().scale_uint16)(expected.data(), n, factor);
+                (bytes == 1 ? fast().scale_uint8 : fast().scale_uint16)(memory.data(), n, factor);
                 ASSERT_TRUE(same_bytes(memory.bytes(), expected))
                     << n << " of " << bytes << " bytes, factor " << factor;
                 ASSERT_TRUE(memory.untouched_around());

@@ -1,8 +1,10 @@
 #include "kernels/search.h"
 
-#include "tests/support/guarded.h"
+#include "tests/kernels/level_test.h"
 
 namespace {
+
+LEVEL_TESTS(SearchKernel, fast_levels());
 
 // Sizes of everyday ranges, and now and then a large one.
 size_t any_size(Random& random, int round) {
@@ -11,7 +13,7 @@ size_t any_size(Random& random, int round) {
 
 // Runs of one value, in which the first other byte lies anywhere or nowhere, behind every number of whole
 // words.
-TEST(SearchKernel, FindsTheFirstByteThatIsOrIsNot) {
+TEST_P(SearchKernel, FindsTheFirstByteThatIsOrIsNot) {
     Random random;
     for (int round = 0; round < 4000; ++round) {
         const size_t size = any_size(random, round);
@@ -27,17 +29,17 @@ TEST(SearchKernel, FindsTheFirstByteThatIsOrIsNot) {
         const size_t n = size - start;
         SCOPED_TRACE(testing::Message() << n << " bytes from " << start);
         for (const uint8_t byte : {uint8_t(value), other, uint8_t(0)}) {
-            ASSERT_EQ(kernels::find_byte(data, n, byte), kernels::plain::find_byte(data, n, byte));
-            ASSERT_EQ(kernels::find_not_byte(data, n, byte), kernels::plain::find_not_byte(data, n, byte));
+            ASSERT_EQ(fast().find_byte(data, n, byte), plain().find_byte(data, n, byte));
+            ASSERT_EQ(fast().find_not_byte(data, n, byte), plain().find_not_byte(data, n, byte));
         }
-        ASSERT_EQ(kernels::all_zero(data, n), kernels::plain::all_zero(data, n));
-        ASSERT_EQ(kernels::all_ascii(data, n), kernels::plain::all_ascii(data, n));
+        ASSERT_EQ(fast().all_zero(data, n), plain().all_zero(data, n));
+        ASSERT_EQ(fast().all_ascii(data, n), plain().all_ascii(data, n));
     }
 }
 
 // Few different values, so that beginnings of the pattern are everywhere; patterns cut from the data, and
 // others.
-TEST(SearchKernel, FindsTheFirstWholePattern) {
+TEST_P(SearchKernel, FindsTheFirstWholePattern) {
     Random random;
     size_t found = 0;
     for (int round = 0; round < 8000; ++round) {
@@ -51,27 +53,27 @@ TEST(SearchKernel, FindsTheFirstWholePattern) {
         if (round % 2 == 0 && size >= length) {
             std::copy_n(memory.data() + between<size_t>(random, 0, size - length), length, pattern.data());
         }
-        const size_t expected = kernels::plain::find(memory.data(), size, pattern.data(), length);
-        ASSERT_EQ(kernels::find(memory.data(), size, pattern.data(), length), expected)
+        const size_t expected = plain().find(memory.data(), size, pattern.data(), length);
+        ASSERT_EQ(fast().find(memory.data(), size, pattern.data(), length), expected)
             << length << " bytes in " << size;
         found += expected != kernels::kNotFound;
     }
     EXPECT_GT(found, 3000U);
 }
 
-TEST(SearchKernel, ComparesAllBytesOfRangesThatMayOverlap) {
+TEST_P(SearchKernel, ComparesAllBytesOfRangesThatMayOverlap) {
     Random random;
     for (int round = 0; round < 4000; ++round) {
         GuardedBytes first(any_size(random, round) + 1, GuardedBytes::kEnd, random);
         GuardedBytes second(first.copy(), GuardedBytes::kBothSides[round % 2]);
         const size_t size = first.size();
         const size_t at = between<size_t>(random, 0, size - 1);
-        ASSERT_TRUE(kernels::equal(first.data(), second.data(), size));
+        ASSERT_TRUE(fast().equal(first.data(), second.data(), size));
         second.data()[at] ^= uint8_t(1U << between(random, 0, 7));
-        ASSERT_FALSE(kernels::equal(first.data(), second.data(), size)) << "offset " << at << " of " << size;
-        ASSERT_TRUE(kernels::equal(first.data(), second.data(), at));
-        ASSERT_EQ(kernels::equal(first.data(), first.data() + 1, size - 1),
-                  kernels::plain::equal(first.data(), first.data() + 1, size - 1));
+        ASSERT_FALSE(fast().equal(first.data(), second.data(), size)) << "offset " << at << " of " << size;
+        ASSERT_TRUE(fast().equal(first.data(), second.data(), at));
+        ASSERT_EQ(fast().equal(first.data(), first.data() + 1, size - 1),
+                  plain().equal(first.data(), first.data() + 1, size - 1));
     }
 }
 

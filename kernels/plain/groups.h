@@ -1,16 +1,7 @@
-#include "kernels/groups.h"
-
-#include <algorithm>
-
-namespace kernels::plain {
-namespace {
-
 int32_t bound(int32_t reference, double part) {
     const double product = double(reference) * part;
     return product > -2147483649.0 && product < 2147483648.0 ? int32_t(product) : INT32_MIN;
 }
-
-}  // namespace
 
 void complete_sum(uint8_t* data, size_t groups, int32_t limit, bool zero_stays) {
     for (uint8_t* group = data; group != data + 4 * groups; group += 4) {
@@ -34,5 +25,3 @@ void replace_similar(uint8_t* data, size_t groups, const int32_t (&reference)[4]
         for (size_t k = 0; similar && k < 4; ++k) group[k] = uint8_t(replacement[k]);
     }
 }
-
-}  // namespace kernels::plain

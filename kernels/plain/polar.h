@@ -1,12 +1,3 @@
-#include "kernels/polar.h"
-
-#include <math.h>
-
-#include "kernels/words.h"
-
-namespace kernels::plain {
-namespace {
-
 constexpr double kTurn = 6.28318530718;
 constexpr size_t kPair = 2 * sizeof(float);
 
@@ -14,8 +5,6 @@ void store_pair(uint8_t* pair, float first, float second) {
     store(pair, first);
     store(pair + sizeof first, second);
 }
-
-}  // namespace
 
 void log_sweep(uint8_t* destination, size_t pairs, int32_t first_frequency, int32_t last_frequency,
                double duration) {
@@ -44,5 +33,3 @@ void cartesian_to_polar(uint8_t* destination, const uint8_t* source, size_t pair
         store_pair(destination + i * kPair, sqrtf(y * y + x * x), atan2f(y, x));
     }
 }
-
-}  // namespace kernels::plain

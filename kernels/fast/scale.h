@@ -1,25 +1,16 @@
 // 8-bit samples go through a table of all results, 16-bit ones through the multiplication; each with or
 // without saturation, which is settled by the factor before the loop.
-#include "kernels/scale.h"
-
-#include <algorithm>
-#include <limits>
-
-#include "kernels/words.h"
-
-namespace kernels {
-namespace {
 
 enum class Saturate { kNo, kYes };
 
 template <class Sample>
-constexpr Sample kLargest = std::numeric_limits<Sample>::max();
+constexpr Sample kLargest = Sample(-1);
 
 // The product of a factor below 1 cannot exceed the largest sample.
 template <class Sample, Saturate saturate>
 Sample scaled(Sample sample, double factor) {
     double product = double(sample) * factor;
-    if constexpr (saturate == Saturate::kYes) product = std::min<double>(product, kLargest<Sample>);
+    if constexpr (saturate == Saturate::kYes) product = smaller<double>(product, kLargest<Sample>);
     return Sample(int32_t(product));
 }
 
@@ -41,10 +32,8 @@ void scale16(uint8_t* samples, size_t n, double factor) {
 // included, which would make 0 not a number, give the same results.
 template <class Sample>
 double limited(double factor) {
-    return std::min<double>(factor, kLargest<Sample>);
+    return smaller<double>(factor, kLargest<Sample>);
 }
-
-}  // namespace
 
 void scale_uint8(uint8_t* samples, size_t n, double factor) {
     if (!(factor >= 0)) return;
@@ -57,5 +46,3 @@ void scale_uint16(uint8_t* samples, size_t n, double factor) {
     if (factor < 1) return scale16<Saturate::kNo>(samples, n, factor);
     scale16<Saturate::kYes>(samples, n, limited<uint16_t>(factor));
 }
-
-}  // namespace kernels

@@ -1,10 +1,12 @@
-#include "kernels/stride.h"
+#include "kernels/gather.h"
 
 #include <algorithm>
 
-#include "tests/support/guarded.h"
+#include "tests/kernels/level_test.h"
 
 namespace {
+
+LEVEL_TESTS(GatherKernels, fast_levels());
 
 // Whether both forms of a kernel do the same where the two runs lie apart or overlap in any way.
 template <class Fast, class Plain, class... Arguments>
@@ -22,7 +24,7 @@ testing::AssertionResult same(Random& random, size_t source, size_t destination,
     return same_bytes(memory.bytes(), expected) << "\nfrom " << from << " to " << to;
 }
 
-TEST(StrideKernels, GatherCopiesPieceAfterPiece) {
+TEST_P(GatherKernels, GatherCopiesPieceAfterPiece) {
     Random random;
     for (int round = 0; round < 20000; ++round) {
         const auto piece =
@@ -31,13 +33,13 @@ TEST(StrideKernels, GatherCopiesPieceAfterPiece) {
         const auto step =
             random() % 2 ? ptrdiff_t(piece << random() % 3) : between<ptrdiff_t>(random, -24, 24);
         const size_t way = pieces > 0 ? (pieces - 1) * size_t(std::abs(step)) : 0;
-        ASSERT_TRUE(same(random, way + piece, piece * pieces, kernels::gather, kernels::plain::gather,
+        ASSERT_TRUE(same(random, way + piece, piece * pieces, fast().gather, plain().gather,
                          step < 0 ? way : 0, piece, step, pieces))
             << pieces << " pieces of " << piece << " bytes at a distance of " << step;
     }
 }
 
-TEST(StrideKernels, GatherBitsTakesAndStoresBitAfterBit) {
+TEST_P(GatherKernels, GatherBitsTakesAndStoresBitAfterBit) {
     Random random;
     const auto gather = [](auto* kernel) {
         return [=](uint8_t* to, const uint8_t* from, auto to_bit, auto... rest) {
@@ -53,14 +55,14 @@ TEST(StrideKernels, GatherBitsTakesAndStoresBitAfterBit) {
         const auto to_bit = between<uint64_t>(random, 0, 20);
         const uint64_t end = from_bit + (groups > 0 ? (groups - 1) * step : 0) + bits;
         ASSERT_TRUE(same(random, size_t(end + 7) / 8, size_t(to_bit + bits * groups + 7) / 8,
-                         gather(kernels::gather_bits), gather(kernels::plain::gather_bits), 0, to_bit,
-                         from_bit, bits, step, groups))
+                         gather(fast().gather_bits), gather(plain().gather_bits), 0, to_bit, from_bit, bits,
+                         step, groups))
             << groups << " groups of " << bits << " bits at a distance of " << step << " from bit "
             << from_bit << " to bit " << to_bit;
     }
 }
 
-TEST(StrideKernels, ExpandBitsGivesAByteForEachBit) {
+TEST_P(GatherKernels, ExpandBitsGivesAByteForEachBit) {
     Random random;
     const auto expand = [](auto* kernel) {
         return [=](uint8_t* to, const uint8_t* from, size_t to_count, auto... rest) {
@@ -70,9 +72,8 @@ TEST(StrideKernels, ExpandBitsGivesAByteForEachBit) {
     for (int round = 0; round < 4000; ++round) {
         const auto source = between<size_t>(random, 0, round % 50 == 0 ? 2000 : 30);
         const auto destination = between<size_t>(random, 0, 8 * source + 40);
-        ASSERT_TRUE(same(random, source, destination, expand(kernels::expand_bits),
-                         expand(kernels::plain::expand_bits), 0, destination, source, uint8_t(random()),
-                         uint8_t(random())))
+        ASSERT_TRUE(same(random, source, destination, expand(fast().expand_bits), expand(plain().expand_bits),
+                         0, destination, source, uint8_t(random()), uint8_t(random())))
             << source << " bytes to " << destination;
     }
 }

@@ -1,15 +1,6 @@
 // Order is reversed by words from both ends towards the middle: both are read before either is written. What
 // remains in the middle is less than two words.
-#include "kernels/mirror.h"
 
-#include <cstring>
-
-#include "kernels/words.h"
-
-namespace kernels {
-namespace {
-
-constexpr size_t kWord = sizeof(uint64_t);
 
 // Exchanges and reverses the first and the last word of the n bytes, which may overlap: then both stores give
 // the bytes that they share the same values.
@@ -30,7 +21,7 @@ uint64_t bits_reversed_from(unsigned shift, uint64_t word, uint8_t next) {
 }
 
 uint8_t bits_reversed_from(unsigned shift, uint8_t byte, uint8_t next) {
-    return bits_reversed(uint8_t(byte << shift | next >> (8 - shift)));
+    return bits_in_byte_reversed(uint8_t(byte << shift | next >> (8 - shift)));
 }
 
 // Reverses the order of all bits of the n bytes after moving them `shift` (0 to 7) places to the front,
@@ -46,7 +37,7 @@ void reverse_all_bits(uint8_t* data, size_t n, unsigned shift, uint8_t next) {
         next = uint8_t(back);
     }
     uint8_t middle[2 * kWord];
-    std::memcpy(middle, data, n);
+    memcpy(middle, data, n);
     middle[n] = next;
     for (size_t i = 0; i < n; ++i) data[i] = bits_reversed_from(shift, middle[n - 1 - i], middle[n - i]);
 }
@@ -54,8 +45,6 @@ void reverse_all_bits(uint8_t* data, size_t n, unsigned shift, uint8_t next) {
 uint8_t merge(uint8_t changed, uint8_t kept, unsigned kept_bits) {
     return uint8_t((changed & ~kept_bits) | (kept & kept_bits));
 }
-
-}  // namespace
 
 void reverse_bytes(uint8_t* data, size_t n) {
     for (; n >= 2 * kWord; data += kWord, n -= 2 * kWord) exchange_ends<uint64_t>(data, n);
@@ -70,7 +59,7 @@ void reverse_bits_in_bytes(uint8_t* data, size_t n) {
         uint8_t* word = data + i * kWord;
         store(word, bits_in_bytes_reversed(load<uint64_t>(word)));
     }
-    for (size_t i = words * kWord; i < n; ++i) data[i] = bits_reversed(data[i]);
+    for (size_t i = words * kWord; i < n; ++i) data[i] = bits_in_byte_reversed(data[i]);
 }
 
 // All bits of the bytes that the range touches are reversed and moved to where the range was; then its
@@ -88,10 +77,8 @@ void reverse_bits(uint8_t* data, size_t first, size_t count) {
         reverse_all_bits(data, n, lead - trail, 0);
     } else {
         reverse_all_bits(data, n - 1, 8 + lead - trail, tail);
-        data[n - 1] = uint8_t(bits_reversed(head) << (trail - lead));
+        data[n - 1] = uint8_t(bits_in_byte_reversed(head) << (trail - lead));
     }
     data[0] = merge(data[0], head, 0xFF00U >> lead);
     data[n - 1] = merge(data[n - 1], tail, (1U << trail) - 1);
 }
-
-}  // namespace kernels

@@ -1,18 +1,9 @@
-#include "kernels/mirror.h"
-
-#include <utility>
-
-namespace kernels::plain {
-namespace {
-
 bool bit(const uint8_t* data, size_t n) { return (data[n / 8] & 0x80 >> n % 8) != 0; }
 
 void set_bit(uint8_t* data, size_t n, bool value) {
     const auto mask = uint8_t(0x80 >> n % 8);
     data[n / 8] = uint8_t(value ? data[n / 8] | mask : data[n / 8] & ~mask);
 }
-
-}  // namespace
 
 void reverse_bytes(uint8_t* data, size_t n) {
     for (size_t i = 0; i < n / 2; ++i) std::swap(data[i], data[n - 1 - i]);
@@ -31,5 +22,3 @@ void reverse_bits(uint8_t* data, size_t first, size_t count) {
         set_bit(data, high, value);
     }
 }
-
-}  // namespace kernels::plain

@@ -1,22 +1,10 @@
 // Where the C library has a fast routine, it is used; the others go over words, four at a time, and look at
 // single bytes only inside the word that matters and after the last whole one.
-#include "kernels/search.h"
 
-#include <algorithm>
-#include <cstring>
-
-#include "kernels/words.h"
-
-namespace kernels {
-namespace {
-
-constexpr size_t kWord = sizeof(uint64_t);
 constexpr size_t kGroup = 4 * kWord;
 
-}  // namespace
-
 size_t find_byte(const uint8_t* data, size_t n, uint8_t value) {
-    const void* found = n > 0 ? std::memchr(data, value, n) : nullptr;
+    const void* found = n > 0 ? memchr(data, value, n) : nullptr;
     return found ? size_t(static_cast<const uint8_t*>(found) - data) : kNotFound;
 }
 
@@ -24,7 +12,7 @@ size_t find_not_byte(const uint8_t* data, size_t n, uint8_t value) {
     const uint64_t same = eight_of(value);
     const auto differences = [&](size_t i) { return load<uint64_t>(data + i) ^ same; };
     // Whole groups are aligned: none reaches into a page behind that of the byte that decides.
-    const size_t head = std::min(n, size_t(-uintptr_t(data) % kGroup));
+    const size_t head = smaller(n, size_t(-uintptr_t(data) % kGroup));
     size_t i = 0;
     while (i < head && data[i] == value) ++i;
     if (i < head) return i;
@@ -42,14 +30,14 @@ size_t find(const uint8_t* haystack, size_t n, const uint8_t* needle, size_t m) 
     if (m > n) return kNotFound;
     const uint8_t* const end = haystack + (n - m) + 1;
     for (const uint8_t* at = haystack;; ++at) {
-        at = static_cast<const uint8_t*>(std::memchr(at, needle[0], size_t(end - at)));
+        at = static_cast<const uint8_t*>(memchr(at, needle[0], size_t(end - at)));
         if (!at) return kNotFound;
-        if (at[m - 1] == needle[m - 1] && std::memcmp(at, needle, m) == 0) return size_t(at - haystack);
+        if (at[m - 1] == needle[m - 1] && memcmp(at, needle, m) == 0) return size_t(at - haystack);
     }
 }
 
 bool equal(const uint8_t* first, const uint8_t* second, size_t n) {
-    return n == 0 || std::memcmp(first, second, n) == 0;
+    return n == 0 || memcmp(first, second, n) == 0;
 }
 
 bool all_zero(const uint8_t* data, size_t n) { return find_not_byte(data, n, 0) == kNotFound; }
@@ -70,5 +58,3 @@ bool all_ascii(const uint8_t* data, size_t n) {
     }
     return true;
 }
-
-}  // namespace kernels

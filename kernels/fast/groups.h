@@ -1,17 +1,7 @@
 // A group is one lane of 32 bits, its fourth byte the most significant one. Both rules give the same when
 // they are applied again, so that the last vector may overlap the one before it.
-#include "kernels/groups.h"
 
-#include <algorithm>
-
-#include "kernels/words.h"
-
-namespace kernels {
-namespace {
-
-constexpr size_t kVectorBytes = 16;
-typedef int32_t Lanes __attribute__((vector_size(kVectorBytes)));
-typedef uint8_t Bytes __attribute__((vector_size(kVectorBytes)));
+using Lanes = Vector<int32_t>;
 
 // Applies a rule, which takes and gives a vector of groups, to all groups.
 template <class Rule>
@@ -20,9 +10,9 @@ void change_groups(uint8_t* data, size_t groups, Rule rule) {
     const size_t n = 4 * groups;
     if (n < sizeof(Lanes)) {
         Lanes few = {};
-        std::memcpy(&few, data, n);
+        memcpy(&few, data, n);
         few = rule(few);
-        std::memcpy(data, &few, n);
+        memcpy(data, &few, n);
         return;
     }
     const size_t last = n - sizeof(Lanes);
@@ -35,11 +25,9 @@ int32_t truncated(double number) {
     return number >= -kLimit && number < kLimit ? int32_t(number) : INT32_MIN;
 }
 
-}  // namespace
-
 void complete_sum(uint8_t* data, size_t groups, int32_t limit, bool zero_stays) {
-    // Sums are 0 to 765: a limit outside 0 to 1020 gives what the nearer of the two gives.
-    const int32_t nearest = std::clamp(limit, 0, 1020);
+    // Limits clamp to 0..1020, since sums end at 765 and a byte at 255.
+    const int32_t nearest = smaller(larger(limit, 0), 1020);
     const int32_t if_zero = zero_stays ? 0 : -1;
     change_groups(data, groups, [=](Lanes group) {
         const Lanes sum = (group & 0xFF) + (group >> 8 & 0xFF) + (group >> 16 & 0xFF);
@@ -58,8 +46,8 @@ void replace_similar(uint8_t* data, size_t groups, const int32_t (&reference)[4]
     Bytes changed;
     for (size_t i = 0; i < kVectorBytes; ++i) {
         const double number = reference[i % 4];
-        const int32_t from = std::max(0, truncated(number * (1.0 - tolerance)));
-        const int32_t to = std::min(255, truncated(number * (tolerance + 1.0)));
+        const int32_t from = larger(0, truncated(number * (1.0 - tolerance)));
+        const int32_t to = smaller(255, truncated(number * (tolerance + 1.0)));
         if (from > to) return;
         least[i] = uint8_t(from);
         most[i] = uint8_t(to);
@@ -72,5 +60,3 @@ void replace_similar(uint8_t* data, size_t groups, const int32_t (&reference)[4]
         return Lanes(nearest) == group ? Lanes(changed) : group;
     });
 }
-
-}  // namespace kernels

@@ -1,9 +1,3 @@
-#include "kernels/fill.h"
-
-#include <utility>
-
-namespace kernels::plain {
-
 void fill(uint8_t* data, size_t n, uint8_t value) {
     for (size_t i = 0; i < n; ++i) data[i] = value;
 }
@@ -22,5 +16,3 @@ void swap_units32(uint8_t* data, size_t n) {
         std::swap(data[i + 1], data[i + 2]);
     }
 }
-
-}  // namespace kernels::plain

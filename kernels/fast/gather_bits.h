@@ -1,65 +1,10 @@
-// Small pieces of bytes pass through registers: all of a piece is read before any of it is stored. Bits are
-// taken by words and collected in a word, as long as no store can reach a bit that is still to be taken.
-#include "kernels/stride.h"
+// Bits are taken by words and collected in a word, as long as no store can reach a bit that is still to be
+// taken.
 
-#include <algorithm>
-
-#include "kernels/copy.h"
-#include "kernels/words.h"
-
-namespace kernels {
-namespace {
-
-// Bytes
-
-// Every second or fourth word of a source that lies apart from the destination, in vectors.
-template <class Word, size_t kStep>
-void gather_every(uint8_t* __restrict destination, const uint8_t* __restrict source, size_t pieces) {
-    for (size_t i = 0; i < pieces; ++i) {
-        store(destination + i * sizeof(Word), load<Word>(source + i * kStep * sizeof(Word)));
-    }
-}
-
-// Pieces as long as a word. The source's position never leaves the pieces.
-template <class Word>
-void gather_words(uint8_t* destination, const uint8_t* source, ptrdiff_t step, size_t pieces) {
-    constexpr ptrdiff_t kWord = sizeof(Word);
-    const bool twice = step == 2 * kWord;
-    if (twice || step == 4 * kWord) {
-        // Of a distance and its negative, the one that does not wrap says how far apart the two begin.
-        const uintptr_t distance = uintptr_t(destination) - uintptr_t(source);
-        const bool apart = distance >= pieces * size_t(step) && -distance >= pieces * sizeof(Word);
-        if (apart && twice) return gather_every<Word, 2>(destination, source, pieces);
-        if (apart) return gather_every<Word, 4>(destination, source, pieces);
-    }
-    for (;; source += step, destination += kWord) {
-        store(destination, load<Word>(source));
-        if (--pieces == 0) return;
-    }
-}
-
-// Pieces of one to two words, taken as two words that may overlap.
-template <class Word>
-void gather_word_pairs(uint8_t* destination, const uint8_t* source, size_t piece, ptrdiff_t step,
-                       size_t pieces) {
-    const size_t second = piece - sizeof(Word);
-    for (;; source += step, destination += piece) {
-        const auto front = load<Word>(source);
-        const auto back = load<Word>(source + second);
-        store(destination, front);
-        store(destination + second, back);
-        if (--pieces == 0) return;
-    }
-}
-
-void gather_runs(uint8_t* destination, const uint8_t* source, size_t piece, ptrdiff_t step, size_t pieces) {
-    for (;; source += step, destination += piece) {
-        copy(destination, source, piece);
-        if (--pieces == 0) return;
-    }
-}
-
-// Bits
+namespace rule {
+#include "kernels/plain/bits.h"
+#include "kernels/plain/gather_bits.h"
+}  // namespace rule
 
 // Reads bits of a run without touching a byte outside it.
 class BitReader {
@@ -167,7 +112,7 @@ void copy_bits(const BitReader& reader, BitWriter& writer, uint64_t bit, uint64_
 // How many whole groups of `bits` bits one read can take and one append can store.
 unsigned groups_per_word(uint64_t bits, uint64_t step) {
     if (bits > BitWriter::kBits) return 0;
-    return unsigned(std::min((BitReader::kBits - bits) / step + 1, BitWriter::kBits / bits));
+    return unsigned(smaller((BitReader::kBits - bits) / step + 1, BitWriter::kBits / bits));
 }
 
 // The bits of the first `groups` groups that begin with a word's most significant bit.
@@ -178,46 +123,12 @@ uint64_t group_mask(uint64_t bits, uint64_t step, unsigned groups) {
     return mask;
 }
 
-// Bits to bytes
-
-// The eight bytes for the bits of one byte, its most significant bit first in memory.
-uint64_t expand_byte(uint8_t byte, uint64_t low, uint64_t low_to_high) {
-    constexpr uint64_t kBitOfEach = UINT64_C(0x0102040810204080);
-    // A byte that keeps its one bit reaches 0x80 when 0x7F is added to it.
-    const uint64_t chosen = eight_of(byte) & kBitOfEach;
-    const uint64_t ones = (chosen + eight_of(0x7F)) >> 7 & eight_of(1);
-    return low ^ (ones * 0xFF & low_to_high);
-}
-
-void expand_four(uint8_t* destination, const uint8_t* source, uint64_t low, uint64_t low_to_high) {
-    uint8_t four[4];
-    std::memcpy(four, source, sizeof four);
-    for (size_t i = 0; i < 4; ++i) store(destination + 8 * i, expand_byte(four[i], low, low_to_high));
-}
-
-}  // namespace
-
-void gather(uint8_t* destination, const uint8_t* source, size_t piece, ptrdiff_t step, size_t pieces) {
-    if (piece == 0 || pieces == 0) return;
-    if (step > 0 && size_t(step) == piece && uintptr_t(destination) <= uintptr_t(source)) {
-        return copy(destination, source, piece * pieces);
-    }
-    if (piece == 1) return gather_words<uint8_t>(destination, source, step, pieces);
-    if (piece == 2) return gather_words<uint16_t>(destination, source, step, pieces);
-    if (piece == 4) return gather_words<uint32_t>(destination, source, step, pieces);
-    if (piece == 8) return gather_words<uint64_t>(destination, source, step, pieces);
-    if (piece < 4) return gather_word_pairs<uint16_t>(destination, source, piece, step, pieces);
-    if (piece < 8) return gather_word_pairs<uint32_t>(destination, source, piece, step, pieces);
-    if (piece <= 16) return gather_word_pairs<uint64_t>(destination, source, piece, step, pieces);
-    gather_runs(destination, source, piece, step, pieces);
-}
-
 void gather_bits(uint8_t* destination, uint64_t destination_bit, const uint8_t* source, uint64_t source_bit,
                  uint64_t bits, uint64_t step, size_t groups) {
     if (bits == 0 || groups == 0) return;
     const uint64_t source_bytes = (source_bit + (groups - 1) * step + bits + 7) / 8;
     if (!bits_in_any_order(destination, destination_bit, source, source_bit, source_bytes)) {
-        return plain::gather_bits(destination, destination_bit, source, source_bit, bits, step, groups);
+        return rule::gather_bits(destination, destination_bit, source, source_bit, bits, step, groups);
     }
     const BitReader reader(source, source_bytes);
     BitWriter writer(destination, destination_bit);
@@ -235,29 +146,3 @@ void gather_bits(uint8_t* destination, uint64_t destination_bit, const uint8_t* 
     for (; groups > 0; --groups, source_bit += step) copy_bits(reader, writer, source_bit, bits);
     writer.finish();
 }
-
-void expand_bits(uint8_t* destination, size_t destination_count, const uint8_t* source, size_t source_count,
-                 uint8_t low, uint8_t high) {
-    const uint64_t lows = eight_of(low);
-    const uint64_t low_to_high = lows ^ eight_of(high);
-    for (; source_count >= 4 && destination_count >= 32; source += 4, destination += 32) {
-        expand_four(destination, source, lows, low_to_high);
-        source_count -= 4;
-        destination_count -= 32;
-    }
-    while (destination_count > 0) {
-        uint8_t four[4] = {};
-        uint8_t expanded[32];
-        const size_t taken = std::min<size_t>(4, source_count);
-        const size_t stored = std::min<size_t>(32, destination_count);
-        std::memcpy(four, source, taken);
-        expand_four(expanded, four, lows, low_to_high);
-        std::memcpy(destination, expanded, stored);
-        source += taken;
-        source_count -= taken;
-        destination += stored;
-        destination_count -= stored;
-    }
-}
-
-}  // namespace kernels

@@ -1,12 +1,4 @@
 // The loops are such that the compiler turns them into vector operations.
-#include "kernels/fill.h"
-
-#include <cstring>
-
-#include "kernels/words.h"
-
-namespace kernels {
-namespace {
 
 template <class Unit>
 void swap_units(uint8_t* data, size_t n) {
@@ -16,10 +8,8 @@ void swap_units(uint8_t* data, size_t n) {
     }
 }
 
-}  // namespace
-
 void fill(uint8_t* data, size_t n, uint8_t value) {
-    if (n > 0) std::memset(data, value, n);
+    if (n > 0) memset(data, value, n);
 }
 
 void invert(uint8_t* data, size_t n) {
@@ -28,5 +18,3 @@ void invert(uint8_t* data, size_t n) {
 
 void swap_units16(uint8_t* data, size_t n) { swap_units<uint16_t>(data, n); }
 void swap_units32(uint8_t* data, size_t n) { swap_units<uint32_t>(data, n); }
-
-}  // namespace kernels

@@ -1,13 +1,3 @@
-#include "kernels/scale.h"
-
-#include <cmath>
-#include <limits>
-
-#include "kernels/words.h"
-
-namespace kernels::plain {
-namespace {
-
 template <class Sample>
 void scale(uint8_t* samples, size_t n, double factor) {
     constexpr Sample kLargest = std::numeric_limits<Sample>::max();
@@ -21,9 +11,5 @@ void scale(uint8_t* samples, size_t n, double factor) {
     }
 }
 
-}  // namespace
-
 void scale_uint8(uint8_t* samples, size_t n, double factor) { scale<uint8_t>(samples, n, factor); }
 void scale_uint16(uint8_t* samples, size_t n, double factor) { scale<uint16_t>(samples, n, factor); }
-
-}  // namespace kernels::plain

@@ -1,7 +1,3 @@
-#include "kernels/copy.h"
-
-namespace kernels::plain {
-
 // Walks away from the side on which the destination lies, so that no byte is overwritten before it was read.
 void copy(uint8_t* destination, const uint8_t* source, size_t n) {
     if (uintptr_t(destination) <= uintptr_t(source)) {
@@ -10,5 +6,3 @@ void copy(uint8_t* destination, const uint8_t* source, size_t n) {
         for (size_t i = n; i > 0; --i) destination[i - 1] = source[i - 1];
     }
 }
-
-}  // namespace kernels::plain

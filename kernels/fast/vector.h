@@ -1,0 +1,51 @@
+// Vectors of kVectorBytes bytes. The level sets kVectorBytes, Mask and kMaskBits before it includes this.
+// Arithmetic, comparison and choice (+ - & | ^ << >> == < ?:) are the compiler's, lane by lane; what it has
+// no operator for stands in the level's own file:
+//
+//   Mask                 a number with kMaskBits bits for each byte of a vector, of which the lowest one
+//   counts equal_bytes(a, b)    a Mask of the bytes in which a and b are equal high_bits(v)         a Mask of
+//   the bytes of 0x80 and above any(v)               whether any bit is set reversed(v)          the bytes in
+//   reverse order swapped16/32(v)      the bytes of each unit of 2, of 4, in reverse order bits_reversed(v)
+//   the bits of each byte in reverse order
+
+template <class Lane>
+struct VectorOf {
+    typedef Lane type __attribute__((vector_size(kVectorBytes)));
+};
+template <class Lane>
+using Vector = typename VectorOf<Lane>::type;
+using Bytes = Vector<uint8_t>;
+
+template <class Lane>
+inline Vector<Lane> all(Lane value) {
+    return Vector<Lane>{} + value;
+}
+
+template <class Lanes>
+inline Lanes smaller_lanes(Lanes a, Lanes b) {
+    return a < b ? a : b;
+}
+
+template <class Lanes>
+inline Lanes larger_lanes(Lanes a, Lanes b) {
+    return a > b ? a : b;
+}
+
+// By shifts: levels without a faster way use it.
+inline Bytes bits_reversed_by_shifts(Bytes v) {
+    auto words = Vector<uint64_t>(v);
+    words = (words >> 4 & 0x0F0F0F0F0F0F0F0F) | (words & 0x0F0F0F0F0F0F0F0F) << 4;
+    words = (words >> 2 & 0x3333333333333333) | (words & 0x3333333333333333) << 2;
+    return Bytes((words >> 1 & 0x5555555555555555) | (words & 0x5555555555555555) << 1);
+}
+
+// The index of the first and of the last byte of a mask that is not empty.
+inline size_t first(Mask mask) {
+    return size_t(sizeof mask == 8 ? __builtin_ctzll(mask) : __builtin_ctz(unsigned(mask))) / kMaskBits;
+}
+inline size_t last(Mask mask) {
+    return (sizeof mask == 8 ? 63 - size_t(__builtin_clzll(mask))
+                             : 31 - size_t(__builtin_clz(unsigned(mask)))) /
+           kMaskBits;
+}
+inline Mask without_first(Mask mask) { return mask & (mask - 1); }
