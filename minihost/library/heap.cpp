@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "minihost/library/encodings.h"
+#include "minihost/library/names.h"
 #include "minihost/library/state.h"
 
 namespace minihost {
@@ -221,16 +222,19 @@ auto& existing(Host::State& state, Handle handle) {
 const Class& Host::class_of(REALobject object) const { return *existing(*state_, object).type; }
 
 bool Host::is_a(REALobject object, std::string_view class_name) const {
-    const Class* type = find_class(class_name);
-    return type && minihost::is_a(existing(*state_, object).type, type);
+    const Class* type = existing(*state_, object).type;
+    while (type && !same_name(type->name, class_name)) type = type->super;
+    return type != nullptr;
 }
 
 ObjectRef Host::new_instance(std::string_view class_name) {
     const Class* type = find_class(class_name);
     if (!type) return {};
-    ++state_->calls;
-    auto instance = ObjectRef::adopt(state_->add_instance(*type));
-    --state_->calls;
+    ObjectRef instance;
+    {
+        const Running running(state_->calls);
+        instance = ObjectRef::adopt(state_->add_instance(*type));
+    }
     state_->throw_raised();
     return instance;
 }

@@ -38,7 +38,7 @@ std::vector<const Class*> Host::classes() const {
 }
 
 const Class* Host::find_class(std::string_view name) const { return state_->find_class(name); }
-std::span<const Method> Host::globals() const { return state_->globals; }
+const std::deque<Method>& Host::globals() const { return state_->globals; }
 Host::State& Host::state() { return *state_; }
 
 }  // namespace minihost

@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <filesystem>
 #include <functional>
 #include <map>
@@ -38,12 +39,16 @@ struct Options {
     std::map<std::string, void*, std::less<>> replace = {};
 };
 
+class NativeCall;
+
 // A method as registered. `owner` is the class that it belongs to, empty for a global method.
 struct Method {
     std::string owner;
     Declaration declaration;
     void* function = nullptr;
     void* setter = nullptr;  // nil unless the member can be assigned
+    std::shared_ptr<const NativeCall> get = nullptr;
+    std::shared_ptr<const NativeCall> set = nullptr;
 };
 
 struct Property {
@@ -51,6 +56,7 @@ struct Property {
     std::string name;
     Type type;
     void* getter = nullptr;
+    std::shared_ptr<const NativeCall> get = nullptr;
 };
 
 // A class that can have members and instances: the host's own and those that a bundle registered.
@@ -58,8 +64,8 @@ struct Class {
     std::string name;
     const Class* super = nullptr;
     REALclassDefinition* record = nullptr;  // nil for the host's own classes
-    std::vector<Method> methods;            // in registered order
-    std::vector<Property> properties;
+    std::deque<Method> methods;             // in registered order
+    std::deque<Property> properties;
 };
 
 // The bundle cannot be loaded; the text says why.
@@ -69,7 +75,9 @@ struct LoadError : std::runtime_error {
 
 // A call that does not fit any declaration; the text says what was expected and what was found.
 struct CallError : std::runtime_error {
-    using std::runtime_error::runtime_error;
+    explicit CallError(const std::string& text, std::optional<size_t> misfit = {})
+        : std::runtime_error(text), argument(misfit) {}
+    std::optional<size_t> argument;  // the index of the one that does not fit, where it is one
 };
 
 // What it says of an argument: "FillBytesZOR takes count as Integer, got Int64 5000000000".
@@ -110,12 +118,22 @@ class Host {
     // All classes, the host's own first. Names are found in any capitalisation.
     std::vector<const Class*> classes() const;
     const Class* find_class(std::string_view name) const;
-    std::span<const Method> globals() const;
+    const std::deque<Method>& globals() const;
+    // The overloads of a class, and of its superclasses where it does not override them.
+    std::vector<const Method*> find_methods(const Class& type, std::string_view name) const;
+    const Property* find_property(const Class& type, std::string_view name) const;
 
     // Calls. The arguments are converted to the declared types where that loses nothing; missing
-    // ones take their defaults; overloads are told apart by the argument list. Throws CallError for a
-    // call that fits no declaration, and HostException for a host exception that the member raised.
+    // ones take their defaults. Throws CallError for a call that does not fit the declaration, and
+    // HostException for a host exception that the member raised.
 
+    // The members that were found before, and stay where they are. `self` may be nil, and is not used for
+    // global methods.
+    Value call(const Method& method, REALobject self, std::span<const Value> arguments = {});
+    void assign(const Method& method, REALobject self, std::span<const Value> arguments, const Value& value);
+    Value get(const Property& property, REALobject self);
+
+    // By name; the types of the arguments choose between overloads (see overloads.h).
     Value call(REALobject self, std::string_view name, std::span<const Value> arguments = {});
     Value call_global(std::string_view name, std::span<const Value> arguments = {});
     void assign(REALobject self, std::string_view name, std::span<const Value> arguments, const Value& value);

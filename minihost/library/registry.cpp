@@ -29,23 +29,45 @@ std::vector<const Record*> records_of(const void* table, int32_t count, size_t s
     return records;
 }
 
+// A member's parameters: the object, those of the declaration, and for a setter the value.
+std::vector<Kind> kinds_of(const Declaration& declaration, const std::string& owner) {
+    std::vector<Kind> kinds;
+    if (!owner.empty()) kinds.push_back(Kind::Object);
+    for (const Parameter& parameter : declaration.parameters) kinds.push_back(parameter.type.kind);
+    return kinds;
+}
+
 // Reads only what both layouts have.
 Method method_of(const REALmethodDefinition& record, const std::string& owner) {
     require(record.declaration, "a method without a declaration");
     require(record.function, std::string(record.declaration) + " has no function");
-    return {.owner = owner,
-            .declaration = parse_declaration(record.declaration),
-            .function = reinterpret_cast<void*>(record.function),
-            .setter = reinterpret_cast<void*>(record.setter)};
+    Method method{.owner = owner,
+                  .declaration = parse_declaration(record.declaration),
+                  .function = reinterpret_cast<void*>(record.function),
+                  .setter = reinterpret_cast<void*>(record.setter)};
+    const Declaration& declaration = method.declaration;
+    require(declaration.parameters.size() <= kMostParameters,
+            declaration.name + " has more than " + std::to_string(kMostParameters) + " parameters");
+    std::vector<Kind> kinds = kinds_of(declaration, owner);
+    method.get = std::make_shared<NativeCall>(method.function, kinds, declaration.result.kind);
+    if (!method.setter) return method;
+    require(declaration.result.kind != Kind::Nothing, declaration.name + " has a setter and no type");
+    kinds.push_back(declaration.result.kind);
+    method.set = std::make_shared<NativeCall>(method.setter, kinds, Kind::Nothing);
+    return method;
 }
+
+constexpr Kind kGetterParameters[] = {Kind::Object, Kind::Integer};
 
 Property property_of(const REALproperty& record, const std::string& owner) {
     require(record.name && record.type, "a property without a name or a type");
     require(record.getter, std::string(record.name) + " has no getter");
-    return {.owner = owner,
-            .name = record.name,
-            .type = parse_type(record.type),
-            .getter = reinterpret_cast<void*>(record.getter)};
+    Property property{.owner = owner,
+                      .name = record.name,
+                      .type = parse_type(record.type),
+                      .getter = reinterpret_cast<void*>(record.getter)};
+    property.get = std::make_shared<NativeCall>(property.getter, kGetterParameters, property.type.kind);
+    return property;
 }
 
 // Runs what reads a record; what it throws becomes the load's error, unless there is one already.
@@ -82,10 +104,15 @@ Host::State::State(Host& owner, Options given) : host(owner), options(std::move(
     memory_block = add("MemoryBlock", nullptr);
     folder_item = add("FolderItem", nullptr);
     Class* runtime_exception = add("RuntimeException", nullptr);
-    runtime_exception->properties = {
-        {"RuntimeException", "Message", {Kind::String, ""}, reinterpret_cast<void*>(exception_message)},
-        {"RuntimeException", "ErrorNumber", {Kind::Integer, ""}, reinterpret_cast<void*>(exception_number)},
+    const auto add_property = [&](const char* name, const char* declared_type, auto* getter) {
+        REALproperty record = {};
+        record.name = name;
+        record.type = declared_type;
+        record.getter = reinterpret_cast<void (*)()>(getter);
+        runtime_exception->properties.push_back(property_of(record, runtime_exception->name));
     };
+    add_property("Message", "String", exception_message);
+    add_property("ErrorNumber", "Integer", exception_number);
     exception = runtime_exception;
     for (const char* name :
          {"NilObjectException", "UnsupportedOperationException", "OutOfMemoryException",

@@ -8,6 +8,7 @@
 #include <unordered_set>
 
 #include "minihost/library/host.h"
+#include "minihost/library/native_call.h"
 
 namespace minihost {
 
@@ -83,9 +84,8 @@ class Host::State {
     // Not when the bundle finds no such operation, or not at once: then it frees the data itself.
     bool disposes_of_string_data() const;
 
-    // Calls (call.cpp). Throws the host exception that the bundle raised in the call.
-    Value call(const std::string& name, void* function, REALobject* self, std::span<const Value> arguments,
-               const Type& result);
+    // Calls (members.cpp). Throws the host exception that the bundle raised in the call.
+    Value call(const std::string& name, const NativeCall& function, Words& arguments, const Type& result);
     void throw_raised();
 
     Host& host;
@@ -94,7 +94,7 @@ class Host::State {
     std::vector<REALclassDefinition*> class_records;
     std::vector<REALmethodDefinition*> global_records;
     std::deque<Class> classes;
-    std::vector<Method> globals;
+    std::deque<Method> globals;
     const Class* memory_block = nullptr;
     const Class* folder_item = nullptr;
     const Class* exception = nullptr;
@@ -117,6 +117,18 @@ class Host::State {
     void run_destructors(REALobject object, const Class* type);
     void retire(Memory handle);
     void read_members(Class& type, const REALclassDefinition& record);
+};
+
+// A call into the bundle, while it lasts.
+class Running {
+ public:
+    explicit Running(int& calls) : calls_(calls) { ++calls_; }
+    ~Running() { --calls_; }
+    Running(const Running&) = delete;
+    Running& operator=(const Running&) = delete;
+
+ private:
+    int& calls_;
 };
 
 // True for the class itself and for what is below it.

@@ -6,6 +6,8 @@
 #include <cstring>
 #include <fstream>
 
+#include "minihost/library/names.h"
+#include "minihost/library/overloads.h"
 #include "minihost/library/state.h"
 
 using namespace minihost;
@@ -262,12 +264,12 @@ TEST_F(LibraryTest, OverloadsDefaultsAndSettersAreFoundByTheArguments) {
     EXPECT_EQ(call(object, "Pick", {5}), Value(1));
     EXPECT_EQ(call(object, "Pick", {5, 5}), Value(2));
     EXPECT_EQ(call(object, "Pick", {5.0}), Value(3));
-    EXPECT_EQ(call(object, "Pick", {int64_t(5)}), Value(1));
+    EXPECT_EQ(call(object, "Pick", {int64_t(5)}), Value(3)) << "a wider type before a narrower one";
     EXPECT_EQ(call(object, "Pick", {host_->new_string("", kUtf8)}), Value(4));
     EXPECT_EQ(
         refused(object, "Pick", {true}),
         "Pick takes 1 argument (a as Integer) or 1 argument (a as Double) or 1 argument (a as String), got "
-        "(Boolean true)");
+        "(Boolean)");
     EXPECT_EQ(call(object, "Sum", {1}), Value(11.5));
     EXPECT_EQ(call(object, "Sum", {1, 2}), Value(3.5));
     EXPECT_EQ(call(object, "Sum", {1, 2, 3}), Value(6.0));
@@ -285,6 +287,52 @@ TEST_F(LibraryTest, OverloadsDefaultsAndSettersAreFoundByTheArguments) {
     EXPECT_EQ(assign("Cell", {3}, true), "Cell takes value as Integer, got Boolean true");
     EXPECT_EQ(assign("Cell", {}, 1), "Cell takes 1 argument (at as Integer), got 0");
     EXPECT_EQ(assign("Sum", {3}, 4), "Sum cannot be assigned");
+}
+
+TEST_F(LibraryTest, TheNearestTypesChooseAnOverload) {
+    struct {
+        std::vector<const char*> overloads;
+        std::vector<const char*> arguments;
+        std::string expected;  // the chosen overload's index, or what is wrong
+    } const cases[] = {
+        {{"F(a as Integer)", "F(a as Double) as Double"}, {"Int64"}, "1"},
+        {{"F(a as Double)", "F(a as UInt64)", "F(a as Int64)"}, {"Integer"}, "2"},
+        {{"F(a as Integer)", "F(a as Int64)"}, {"Double"}, "1"},
+        {{"F(a as Double, b as Integer)", "F(a as Int64, b as Int64)"}, {"Integer", "Double"}, "1"},
+        {{"F(a as Ptr)", "F(a as MemoryBlock)"}, {"MemoryBlock"}, "1"},
+        {{"F(a as Variant)", "F(a as RuntimeException)"}, {"IOException"}, "1"},
+        {{"F(a as RuntimeException)", "F(a as IOException)"}, {"IOException"}, "1"},
+        {{"F(a as Integer)", "F(b as Integer)"}, {"Integer"}, "0"},
+        {{"F(a as Variant)"}, {"Boolean"}, "0"},
+        {{"F(a as FolderItem)", "F(a as String)"}, {"Nil"}, "0"},
+        {{"F(a as Integer, b as String)"}, {"Integer", "Nil"}, "F takes b as String, got Nil, argument 1"},
+        {{"F(a as IOException)"},
+         {"RuntimeException"},
+         "F takes a as IOException, got RuntimeException, argument 0"},
+        {{"F(a as Integer)", "F(a as Int64)"},
+         {"String"},
+         "F takes 1 argument (a as Integer) or 1 argument (a as Int64), got (String)"},
+        {{"F", "F(a as Boolean, b as Boolean = true)"},
+         {"Boolean", "Boolean", "Boolean"},
+         "F takes no arguments or 1 to 2 arguments (a as Boolean, b as Boolean = true), got 3"},
+    };
+    for (const auto& example : cases) {
+        std::deque<Declaration> declarations;
+        std::vector<const Declaration*> overloads;
+        for (const char* text : example.overloads)
+            overloads.push_back(&declarations.emplace_back(parse_declaration(text)));
+        std::vector<Type> arguments;
+        for (const char* name : example.arguments)
+            arguments.push_back(same_name(name, "Nil") ? kNil : parse_type(name));
+        std::string found;
+        try {
+            found = std::to_string(choose(*host_, overloads, arguments));
+        } catch (const CallError& error) {
+            found = error.what();
+            if (error.argument) found += ", argument " + std::to_string(*error.argument);
+        }
+        EXPECT_EQ(found, example.expected);
+    }
 }
 
 TEST_F(LibraryTest, OlderRecordsAreShorter) {
