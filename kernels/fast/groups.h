@@ -1,62 +1,51 @@
-// A group is one lane of 32 bits, its fourth byte the most significant one. Both rules give the same when
-// they are applied again, so that the last vector may overlap the one before it.
+// A group is one lane of 32 bits, its fourth byte the most significant one.
+using Groups = Vector<int32_t>;
 
-using Lanes = Vector<int32_t>;
-
-// Applies a rule, which takes and gives a vector of groups, to all groups.
-template <class Rule>
-void change_groups(uint8_t* data, size_t groups, Rule rule) {
-    if (groups == 0) return;
-    const size_t n = 4 * groups;
-    if (n < sizeof(Lanes)) {
-        Lanes few = {};
-        memcpy(&few, data, n);
-        few = rule(few);
-        memcpy(data, &few, n);
-        return;
-    }
-    const size_t last = n - sizeof(Lanes);
-    for (size_t i = 0; i < last; i += sizeof(Lanes)) store(data + i, rule(load<Lanes>(data + i)));
-    store(data + last, rule(load<Lanes>(data + last)));
+template <bool kBeyondByte>
+inline void complete_sums(uint8_t* data, size_t groups, int32_t limit, int32_t less) {
+    const auto limits = all(limit - less);
+    const auto largest = all<int32_t>(255);
+    change_bytes(data, 4 * groups, 4, [=](Bytes bytes) {
+        // Numbers of 16 bits, with zeros above them.
+        auto missing = Groups(without_borrow(limits, sums_of_three(bytes) - less));
+        if constexpr (kBeyondByte) missing = smaller_lanes(missing, largest);
+        return Bytes((Groups(bytes) & 0xFFFFFF) | missing << 24);
+    });
 }
 
-int32_t truncated(double number) {
+// Limits clamp to 0..1020, since sums end at 765 and a byte at 255. Where a sum of 0 stays, all numbers are
+// less by 1: that sum becomes the largest number, from which nothing is missing.
+void complete_sum(uint8_t* data, size_t groups, int32_t limit, bool zero_stays) {
+    const int32_t less = zero_stays ? 1 : 0;
+    limit = smaller(larger(limit, less), 1020);
+    if (limit <= 255) return complete_sums<false>(data, groups, limit, less);
+    complete_sums<true>(data, groups, limit, less);
+}
+
+inline int32_t truncated(double number) {
     constexpr double kLimit = 2147483648.0;
     return number >= -kLimit && number < kLimit ? int32_t(number) : INT32_MIN;
 }
 
-void complete_sum(uint8_t* data, size_t groups, int32_t limit, bool zero_stays) {
-    // Limits clamp to 0..1020, since sums end at 765 and a byte at 255.
-    const int32_t nearest = smaller(larger(limit, 0), 1020);
-    const int32_t if_zero = zero_stays ? 0 : -1;
-    change_groups(data, groups, [=](Lanes group) {
-        const Lanes sum = (group & 0xFF) + (group >> 8 & 0xFF) + (group >> 16 & 0xFF);
-        Lanes missing = nearest - sum;
-        missing = missing > 0 ? missing : 0;
-        missing = missing < 255 ? missing : 255;
-        missing &= (sum > 0) | if_zero;
-        return (group & 0xFFFFFF) | missing << 24;
-    });
-}
-
 void replace_similar(uint8_t* data, size_t groups, const int32_t (&reference)[4],
                      const int32_t (&replacement)[4], double tolerance) {
-    Bytes least;
-    Bytes most;
-    Bytes changed;
-    for (size_t i = 0; i < kVectorBytes; ++i) {
-        const double number = reference[i % 4];
+    uint32_t least = 0;
+    uint32_t most = 0;
+    uint32_t changed = 0;
+    for (unsigned k = 0; k < 4; ++k) {
+        const double number = reference[k];
         const int32_t from = larger(0, truncated(number * (1.0 - tolerance)));
         const int32_t to = smaller(255, truncated(number * (tolerance + 1.0)));
         if (from > to) return;
-        least[i] = uint8_t(from);
-        most[i] = uint8_t(to);
-        changed[i] = uint8_t(replacement[i % 4]);
+        least |= uint32_t(from) << 8 * k;
+        most |= uint32_t(to) << 8 * k;
+        changed |= uint32_t(uint8_t(replacement[k])) << 8 * k;
     }
-    change_groups(data, groups, [=](Lanes group) {
-        const auto bytes = Bytes(group);
-        Bytes nearest = bytes < least ? least : bytes;
-        nearest = nearest > most ? most : nearest;
-        return Lanes(nearest) == group ? Lanes(changed) : group;
+    const auto least_bytes = Bytes(all(least));
+    const auto most_bytes = Bytes(all(most));
+    const auto changed_groups = Groups(all(changed));
+    change_bytes(data, 4 * groups, 4, [=](Bytes bytes) {
+        const Bytes nearest = smaller_lanes(larger_lanes(bytes, least_bytes), most_bytes);
+        return Bytes(Groups(nearest) == Groups(bytes) ? changed_groups : Groups(bytes));
     });
 }

@@ -1,48 +1,118 @@
-// 8-bit samples go through a table of all results, 16-bit ones through the multiplication; each with or
-// without saturation, which is settled by the factor before the loop.
+// Samples times a factor in double precision, truncated. Many 8-bit samples go through a multiplication of
+// integers that gives the same for all of them.
 
-enum class Saturate { kNo, kYes };
-
-template <class Sample>
-constexpr Sample kLargest = Sample(-1);
-
-// The product of a factor below 1 cannot exceed the largest sample.
-template <class Sample, Saturate saturate>
-Sample scaled(Sample sample, double factor) {
-    double product = double(sample) * factor;
-    if constexpr (saturate == Saturate::kYes) product = smaller<double>(product, kLargest<Sample>);
-    return Sample(int32_t(product));
+void scale_uint16(uint8_t* samples, size_t n, double factor) {
+    if (!(factor >= 0)) return;
+    // With a factor of the largest sample or more every sample but 0 saturates, so that all of these factors
+    // may be taken for it (with the infinite one 0 would become not a number).
+    constexpr double kLargest = 65535;
+    const auto factors = all(smaller(factor, kLargest));
+    const auto largest = all(kLargest);
+    change_bytes(samples, 2 * n, 2, [=](Bytes x) { return scaled16(x, factors, largest); });
 }
 
-template <Saturate saturate>
-void scale8(uint8_t* samples, size_t n, double factor) {
-    uint8_t results[256];
-    for (unsigned i = 0; i < 256; ++i) results[i] = scaled<uint8_t, saturate>(uint8_t(i), factor);
-    for (size_t i = 0; i < n; ++i) samples[i] = results[samples[i]];
+inline void scale_few_uint8(uint8_t* samples, size_t n, double factor) {
+    const auto factors = all(factor);
+    const auto largest = all(255.0);
+    change_bytes(samples, n, 1, [=](Bytes x) {
+        return narrowed(Vector<uint16_t>(scaled16(Bytes(widened_low(x)), factors, largest)),
+                        Vector<uint16_t>(scaled16(Bytes(widened_high(x)), factors, largest)));
+    });
 }
 
-template <Saturate saturate>
-void scale16(uint8_t* samples, size_t n, double factor) {
-    for (size_t i = 0; i < n; ++i) {
-        store(samples + 2 * i, scaled<uint16_t, saturate>(load<uint16_t>(samples + 2 * i), factor));
+// A factor for 8-bit samples: x * whole + (x * fraction >> 16), less 1 for the samples in `rounded_down`. It
+// is right for x up to `largest`; all samples above saturate as that one does.
+struct Multiplier {
+    uint16_t whole;
+    uint16_t fraction;
+    uint8_t largest;
+    uint8_t rounded_down[255];
+    size_t rounded_down_count;
+};
+
+// The smallest x, 1 to 255, for which x * fraction and x * (fraction + 1) differ above their lowest 16 bits;
+// 0 if there is none.
+inline unsigned first_to_differ(uint16_t fraction) {
+    using Numbers = Vector<uint16_t>;
+    constexpr uint16_t kStep = kVectorBytes / sizeof(uint16_t);
+    const auto fractions = all(fraction);
+    Numbers x = counting<uint16_t>();
+    for (unsigned i = 0; i < 256; i += kStep, x += kStep) {
+        // What is missing from the next multiple of 2^16, less one.
+        const Numbers missing = ~(x * fractions);
+        const auto differ = Bytes(missing < x);
+        if (any(differ)) return i + unsigned(first(high_bits(differ)) / sizeof(uint16_t));
     }
+    return 0;
 }
 
-// With a factor of the largest sample or more every sample but 0 saturates. So all of these, the infinite one
-// included, which would make 0 not a number, give the same results.
-template <class Sample>
-double limited(double factor) {
-    return smaller<double>(factor, kLargest<Sample>);
+// The multiplier for a factor of 0 to 255. With r the factor's fraction and c = trunc(r * 2^16), every result
+// is that of c or that of c + 1, and the two differ for the multiples of one number only: fractions with
+// denominators up to 255 are at least 1 / (255 * 254) apart, so at most one, q / p in its lowest terms, lies
+// after c / 2^16 and not after (c + 1) / 2^16. If the factor reaches it, c + 1 is right, and if it stays
+// below, c. Where it is so near that rounding lifts some products to whole numbers, c + 1 is right for these
+// samples only.
+inline Multiplier find_multiplier(double factor) {
+    Multiplier found;
+    const auto whole = unsigned(factor);
+    const auto fraction = unsigned((factor - whole) * 65536.0);
+    found.whole = uint16_t(whole);
+    found.fraction = uint16_t(fraction);
+    found.largest = uint8_t(whole == 0 ? 255 : smaller(255U, 255 / whole + 1));
+    found.rounded_down_count = 0;
+    const unsigned p = first_to_differ(found.fraction);
+    if (p == 0) return found;
+    const unsigned q = p * whole + (p * fraction >> 16) + 1;
+    constexpr double kNear = 1e-9;  // more than products are rounded by
+    const double distance = p * factor - q;
+    if (distance < -kNear) return found;
+    if (distance <= 0) {
+        unsigned multiples = 0;
+        for (unsigned x = p, result = q; x <= 255 && result <= 255; x += p, result += q, ++multiples) {
+            if (x * factor < result) found.rounded_down[found.rounded_down_count++] = uint8_t(x);
+        }
+        if (found.rounded_down_count == multiples) {
+            found.rounded_down_count = 0;
+            return found;
+        }
+    }
+    found.fraction = uint16_t(fraction + 1);
+    return found;
+}
+
+inline Bytes multiplied(Bytes x, const Multiplier& multiplier) {
+    const auto product = [&](Vector<uint16_t> samples) {
+        return samples * all(multiplier.whole) + high_products(samples, all(multiplier.fraction));
+    };
+    x = smaller_lanes(x, all(multiplier.largest));
+    return narrowed(product(widened_low(x)), product(widened_high(x)));
+}
+
+// For a factor below 1: every second byte by itself, those above it with the lower byte of their number as 0.
+inline Bytes multiplied_by_fraction(Bytes x, const Multiplier& multiplier) {
+    const auto fraction = all(multiplier.fraction);
+    const auto even = high_products(Vector<uint16_t>(x) & 0xFF, fraction);
+    const auto odd = high_products(Vector<uint16_t>(x) & 0xFF00, fraction) & 0xFF00;
+    return Bytes(even | odd);
 }
 
 void scale_uint8(uint8_t* samples, size_t n, double factor) {
     if (!(factor >= 0)) return;
-    if (factor < 1) return scale8<Saturate::kNo>(samples, n, factor);
-    scale8<Saturate::kYes>(samples, n, limited<uint8_t>(factor));
-}
-
-void scale_uint16(uint8_t* samples, size_t n, double factor) {
-    if (!(factor >= 0)) return;
-    if (factor < 1) return scale16<Saturate::kNo>(samples, n, factor);
-    scale16<Saturate::kYes>(samples, n, limited<uint16_t>(factor));
+    factor = smaller(factor, 255.0);
+    constexpr size_t kFew = 128;  // finding the multiplier takes as long
+    if (n <= kFew) return scale_few_uint8(samples, n, factor);
+    const Multiplier multiplier = find_multiplier(factor);
+    if (multiplier.rounded_down_count > 0) {
+        change_bytes(samples, n, 1, [&](Bytes x) {
+            Bytes results = multiplied(x, multiplier);
+            for (size_t i = 0; i < multiplier.rounded_down_count; ++i) {
+                results += Bytes(x == all(multiplier.rounded_down[i]));
+            }
+            return results;
+        });
+    } else if (multiplier.whole > 0) {
+        change_bytes(samples, n, 1, [&](Bytes x) { return multiplied(x, multiplier); });
+    } else {
+        change_bytes(samples, n, 1, [&](Bytes x) { return multiplied_by_fraction(x, multiplier); });
+    }
 }

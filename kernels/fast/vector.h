@@ -6,19 +6,34 @@
 //   counts equal_bytes(a, b)    a Mask of the bytes in which a and b are equal high_bits(v)         a Mask of
 //   the bytes of 0x80 and above any(v)               whether any bit is set reversed(v)          the bytes in
 //   reverse order swapped16/32(v)      the bytes of each unit of 2, of 4, in reverse order bits_reversed(v)
-//   the bits of each byte in reverse order
+//   the bits of each byte in reverse order sums_of_three(v)     for each unit of 4 bytes the sum of its first
+//   three, as a number of 32 bits without_borrow(a, b) differences of unsigned 16-bit numbers, 0 where they
+//   would be negative high_products(a, b)  the upper 16 bits of the products of unsigned 16-bit numbers
+//   widened_low/high(v)  bytes as 16-bit numbers: those that `narrowed` takes first, and second
+//   narrowed(a, b)       16-bit numbers of 0 to 32767 as bytes, at most 255
+//   scaled16(v, f, l)    unsigned 16-bit numbers times f in double precision, at most l, truncated; f and l
+//   have
+//                        equal lanes, and l is at most 65535
 
-template <class Lane>
+template <class Lane, size_t kBytes = kVectorBytes>
 struct VectorOf {
-    typedef Lane type __attribute__((vector_size(kVectorBytes)));
+    typedef Lane type __attribute__((vector_size(kBytes)));
 };
-template <class Lane>
-using Vector = typename VectorOf<Lane>::type;
+template <class Lane, size_t kBytes = kVectorBytes>
+using Vector = typename VectorOf<Lane, kBytes>::type;
 using Bytes = Vector<uint8_t>;
 
 template <class Lane>
 inline Vector<Lane> all(Lane value) {
     return Vector<Lane>{} + value;
+}
+
+// 0, 1, 2 ...
+template <class Lane>
+inline Vector<Lane> counting() {
+    Vector<Lane> lanes;
+    for (size_t i = 0; i < kVectorBytes / sizeof(Lane); ++i) lanes[i] = Lane(i);
+    return lanes;
 }
 
 template <class Lanes>
@@ -31,14 +46,6 @@ inline Lanes larger_lanes(Lanes a, Lanes b) {
     return a > b ? a : b;
 }
 
-// By shifts: levels without a faster way use it.
-inline Bytes bits_reversed_by_shifts(Bytes v) {
-    auto words = Vector<uint64_t>(v);
-    words = (words >> 4 & 0x0F0F0F0F0F0F0F0F) | (words & 0x0F0F0F0F0F0F0F0F) << 4;
-    words = (words >> 2 & 0x3333333333333333) | (words & 0x3333333333333333) << 2;
-    return Bytes((words >> 1 & 0x5555555555555555) | (words & 0x5555555555555555) << 1);
-}
-
 // The index of the first and of the last byte of a mask that is not empty.
 inline size_t first(Mask mask) {
     return size_t(sizeof mask == 8 ? __builtin_ctzll(mask) : __builtin_ctz(unsigned(mask))) / kMaskBits;
@@ -49,3 +56,23 @@ inline size_t last(Mask mask) {
            kMaskBits;
 }
 inline Mask without_first(Mask mask) { return mask & (mask - 1); }
+
+// Calls `step` with i, i + kVectorBytes, ... below `end`.
+template <class Step>
+inline void each_vector(size_t i, size_t end, Step step) {
+    for (; i + 3 * kVectorBytes < end; i += 4 * kVectorBytes) {
+        step(i);
+        step(i + kVectorBytes);
+        step(i + 2 * kVectorBytes);
+        step(i + 3 * kVectorBytes);
+    }
+    for (; i < end; i += kVectorBytes) step(i);
+}
+
+// By shifts: levels without a faster way use it.
+inline Bytes bits_reversed_by_shifts(Bytes v) {
+    auto words = Vector<uint64_t>(v);
+    words = (words >> 4 & 0x0F0F0F0F0F0F0F0F) | (words & 0x0F0F0F0F0F0F0F0F) << 4;
+    words = (words >> 2 & 0x3333333333333333) | (words & 0x3333333333333333) << 2;
+    return Bytes((words >> 1 & 0x5555555555555555) | (words & 0x5555555555555555) << 1);
+}

@@ -40,6 +40,42 @@ inline Bytes bits_reversed(Bytes v) {
     return shuffled(high, low_half) | shuffled(high >> 4, high_half);
 }
 
+inline Vector<int32_t> sums_of_three(Bytes v) {
+    const auto pairs = _mm256_maddubs_epi16(__m256i(v), _mm256_set1_epi32(0x00010101));
+    return Vector<int32_t>(_mm256_madd_epi16(pairs, _mm256_set1_epi16(1)));
+}
+
+inline Vector<int16_t> without_borrow(Vector<int32_t> a, Vector<int32_t> b) {
+    return Vector<int16_t>(_mm256_subs_epu16(__m256i(a), __m256i(b)));
+}
+
+inline Vector<uint16_t> high_products(Vector<uint16_t> a, Vector<uint16_t> b) {
+    return Vector<uint16_t>(_mm256_mulhi_epu16(__m256i(a), __m256i(b)));
+}
+inline Vector<uint16_t> widened_low(Bytes v) {
+    return Vector<uint16_t>(_mm256_unpacklo_epi8(__m256i(v), _mm256_setzero_si256()));
+}
+inline Vector<uint16_t> widened_high(Bytes v) {
+    return Vector<uint16_t>(_mm256_unpackhi_epi8(__m256i(v), _mm256_setzero_si256()));
+}
+inline Bytes narrowed(Vector<uint16_t> low, Vector<uint16_t> high) {
+    return Bytes(_mm256_packus_epi16(__m256i(low), __m256i(high)));
+}
+
+inline Bytes scaled16(Bytes v, Vector<double> factor, Vector<double> largest) {
+    const auto four = [=](__m128i numbers) {
+        const __m256d products = _mm256_mul_pd(_mm256_cvtepi32_pd(numbers), __m256d(factor));
+        return _mm256_cvttpd_epi32(_mm256_min_pd(products, __m256d(largest)));
+    };
+    const auto halves = [=](__m256i numbers) {
+        return _mm256_set_m128i(four(_mm256_extracti128_si256(numbers, 1)),
+                                four(_mm256_castsi256_si128(numbers)));
+    };
+    const __m256i zero = _mm256_setzero_si256();
+    return Bytes(_mm256_packus_epi32(halves(_mm256_unpacklo_epi16(__m256i(v), zero)),
+                                     halves(_mm256_unpackhi_epi16(__m256i(v), zero))));
+}
+
 #include "kernels/levels/operations.h"
 
 }  // namespace

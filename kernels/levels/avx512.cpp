@@ -24,8 +24,7 @@ inline Bytes permuted(Bytes v, Bytes from) {
     return Bytes(_mm512_permutexvar_epi8(__m512i(from), __m512i(v)));
 }
 
-// The masked form: that of all lanes has GCC 12 warn of a variable that is not set.
-inline Bytes all_quarters(__m128i quarter) { return Bytes(_mm512_maskz_broadcast_i32x4(0xFFFF, quarter)); }
+inline Bytes all_quarters(__m128i quarter) { return Bytes(_mm512_broadcast_i32x4(quarter)); }
 
 inline Bytes swapped16(Bytes v) {
     return shuffled(v, all_quarters(_mm_setr_epi8(1, 0, 3, 2, 5, 4, 7, 6, 9, 8, 11, 10, 13, 12, 15, 14)));
@@ -41,6 +40,42 @@ inline Bytes reversed(Bytes v) {
 inline Bytes bits_reversed(Bytes v) {
     const __m512i matrix = _mm512_set1_epi64(int64_t(0x8040201008040201));
     return Bytes(_mm512_gf2p8affine_epi64_epi8(__m512i(v), matrix, 0));
+}
+
+inline Vector<int32_t> sums_of_three(Bytes v) {
+    const auto pairs = _mm512_maddubs_epi16(__m512i(v), _mm512_set1_epi32(0x00010101));
+    return Vector<int32_t>(_mm512_madd_epi16(pairs, _mm512_set1_epi16(1)));
+}
+
+inline Vector<int16_t> without_borrow(Vector<int32_t> a, Vector<int32_t> b) {
+    return Vector<int16_t>(_mm512_subs_epu16(__m512i(a), __m512i(b)));
+}
+
+inline Vector<uint16_t> high_products(Vector<uint16_t> a, Vector<uint16_t> b) {
+    return Vector<uint16_t>(_mm512_mulhi_epu16(__m512i(a), __m512i(b)));
+}
+inline Vector<uint16_t> widened_low(Bytes v) {
+    return Vector<uint16_t>(_mm512_unpacklo_epi8(__m512i(v), _mm512_setzero_si512()));
+}
+inline Vector<uint16_t> widened_high(Bytes v) {
+    return Vector<uint16_t>(_mm512_unpackhi_epi8(__m512i(v), _mm512_setzero_si512()));
+}
+inline Bytes narrowed(Vector<uint16_t> low, Vector<uint16_t> high) {
+    return Bytes(_mm512_packus_epi16(__m512i(low), __m512i(high)));
+}
+
+inline Bytes scaled16(Bytes v, Vector<double> factor, Vector<double> largest) {
+    const auto eight = [=](__m256i numbers) {
+        const __m512d products = _mm512_mul_pd(_mm512_cvtepi32_pd(numbers), __m512d(factor));
+        return _mm512_cvttpd_epi32(_mm512_min_pd(products, __m512d(largest)));
+    };
+    const auto halves = [=](__m512i numbers) {
+        return _mm512_inserti64x4(_mm512_castsi256_si512(eight(_mm512_castsi512_si256(numbers))),
+                                  eight(_mm512_extracti64x4_epi64(numbers, 1)), 1);
+    };
+    const __m512i zero = _mm512_setzero_si512();
+    return Bytes(_mm512_packus_epi32(halves(_mm512_unpacklo_epi16(__m512i(v), zero)),
+                                     halves(_mm512_unpackhi_epi16(__m512i(v), zero))));
 }
 
 #include "kernels/levels/operations.h"

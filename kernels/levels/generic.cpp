@@ -37,6 +37,39 @@ inline Bytes reversed(Bytes v) {
 }
 inline Bytes bits_reversed(Bytes v) { return bits_reversed_by_shifts(v); }
 
+inline Vector<int32_t> sums_of_three(Bytes v) {
+    const auto units = Vector<int32_t>(v);
+    return (units & 0xFF) + (units >> 8 & 0xFF) + (units >> 16 & 0xFF);
+}
+
+inline Vector<int16_t> without_borrow(Vector<int32_t> a, Vector<int32_t> b) {
+    const auto less = Vector<uint16_t>(a);
+    const auto from = Vector<uint16_t>(b);
+    return Vector<int16_t>(less > from ? less - from : Vector<uint16_t>{});
+}
+
+inline Vector<uint16_t> high_products(Vector<uint16_t> a, Vector<uint16_t> b) {
+    Vector<uint16_t> high;
+    for (size_t i = 0; i < kVectorBytes / 2; ++i) high[i] = uint16_t(uint32_t(a[i]) * b[i] >> 16);
+    return high;
+}
+// The even bytes, and the odd ones.
+inline Vector<uint16_t> widened_low(Bytes v) { return Vector<uint16_t>(v) & 0xFF; }
+inline Vector<uint16_t> widened_high(Bytes v) { return Vector<uint16_t>(v) >> 8; }
+inline Bytes narrowed(Vector<uint16_t> low, Vector<uint16_t> high) {
+    low = smaller_lanes(low, all<uint16_t>(255));
+    high = smaller_lanes(high, all<uint16_t>(255));
+    return Bytes(low | high << 8);
+}
+
+inline Bytes scaled16(Bytes v, Vector<double> factor, Vector<double> largest) {
+    auto samples = Vector<uint16_t>(v);
+    for (size_t i = 0; i < kVectorBytes / 2; ++i) {
+        samples[i] = uint16_t(smaller(double(samples[i]) * factor[0], double(largest[0])));
+    }
+    return Bytes(samples);
+}
+
 #include "kernels/levels/operations.h"
 
 }  // namespace

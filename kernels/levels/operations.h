@@ -1,4 +1,6 @@
 // All fast forms, inside the namespace of a level that has set up its vectors.
+#include "kernels/fast/ends.h"
+//
 #include "kernels/fast/copy.h"
 #include "kernels/fast/expand.h"
 #include "kernels/fast/fill.h"

@@ -36,6 +36,42 @@ inline Bytes bits_reversed(Bytes v) {
     return shuffled(kHigh, low_half) | shuffled(kHigh >> 4, high_half);
 }
 
+inline Vector<int32_t> sums_of_three(Bytes v) {
+    const auto pairs = _mm_maddubs_epi16(__m128i(v), _mm_set1_epi32(0x00010101));
+    return Vector<int32_t>(_mm_madd_epi16(pairs, _mm_set1_epi16(1)));
+}
+
+inline Vector<int16_t> without_borrow(Vector<int32_t> a, Vector<int32_t> b) {
+    return Vector<int16_t>(_mm_subs_epu16(__m128i(a), __m128i(b)));
+}
+
+inline Vector<uint16_t> high_products(Vector<uint16_t> a, Vector<uint16_t> b) {
+    return Vector<uint16_t>(_mm_mulhi_epu16(__m128i(a), __m128i(b)));
+}
+inline Vector<uint16_t> widened_low(Bytes v) {
+    return Vector<uint16_t>(_mm_unpacklo_epi8(__m128i(v), _mm_setzero_si128()));
+}
+inline Vector<uint16_t> widened_high(Bytes v) {
+    return Vector<uint16_t>(_mm_unpackhi_epi8(__m128i(v), _mm_setzero_si128()));
+}
+inline Bytes narrowed(Vector<uint16_t> low, Vector<uint16_t> high) {
+    return Bytes(_mm_packus_epi16(__m128i(low), __m128i(high)));
+}
+
+inline Bytes scaled16(Bytes v, Vector<double> factor, Vector<double> largest) {
+    const auto two = [=](__m128i numbers) {
+        const __m128d products = _mm_mul_pd(_mm_cvtepi32_pd(numbers), __m128d(factor));
+        return _mm_cvttpd_epi32(_mm_min_pd(products, __m128d(largest)));
+    };
+    const auto four = [=](__m128i numbers) {
+        return _mm_unpacklo_epi64(two(numbers), two(_mm_unpackhi_epi64(numbers, numbers)));
+    };
+    const __m128i zero = _mm_setzero_si128();
+    const __m128i low = four(_mm_unpacklo_epi16(__m128i(v), zero));
+    const __m128i high = four(_mm_unpackhi_epi16(__m128i(v), zero));
+    return Bytes(_mm_packus_epi32(low, high));
+}
+
 #include "kernels/levels/operations.h"
 
 }  // namespace

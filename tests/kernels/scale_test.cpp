@@ -37,10 +37,19 @@ TEST_P(ScaleKernels, AreExactForEverySampleAndFactor) {
         for (const double towards : {0.0, near, Limits::infinity()})
             factors.push_back(std::nextafter(near, towards));
     }
-    // Factors whose products come close to whole numbers.
     Random random;
-    for (int i = 0; i < 200; ++i)
-        factors.push_back(between(random, 1, 70000) / double(between(random, 1, 300)));
+    // Factors at and beside fractions, whose products come close to whole numbers: there rounding decides.
+    for (int i = 0; i < 200; ++i) {
+        const int q = between(random, 1, 256);
+        const double fraction = between(random, 1, i % 2 ? q : 70000) / double(q);
+        for (const double towards : {0.0, fraction, Limits::infinity()}) {
+            factors.push_back(std::nextafter(fraction, towards));
+        }
+    }
+    for (int i = 0; i < 100; ++i) {
+        factors.push_back(
+            std::ldexp(std::uniform_real_distribution(0.5, 1.0)(random), between(random, -9, 9)));
+    }
 
     std::vector<uint8_t> all;
     for (unsigned sample = 0; sample < 65536; ++sample)
