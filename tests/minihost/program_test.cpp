@@ -22,6 +22,14 @@ std::string read(const fs::path& path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
+// As one word of the shell.
+std::string quoted(const std::string& text) {
+    std::string word = "'";
+    word += text;
+    word += '\'';
+    return word;
+}
+
 // Runs in a folder of its own.
 class Program : public testing::Test {
  protected:
@@ -37,7 +45,7 @@ class Program : public testing::Test {
         write("in", input);
         const std::string command =
             "cd " + folder_.string() +
-            " && <in >out.txt 2>err.txt " MINIHOST_PROGRAM " --plugin " MINIHOST_BUNDLE " " + arguments;
+            " && <in >out.txt 2>err.txt '" MINIHOST_PROGRAM "' --plugin '" MINIHOST_BUNDLE "' " + arguments;
         const int status = std::system(command.c_str());  // NOLINT(cert-env33-c): the tests' own commands
         return read(folder_ / "out.txt") + read(folder_ / "err.txt") + std::to_string(WEXITSTATUS(status));
     }
@@ -93,7 +101,7 @@ TEST_F(Program, RunsWhatTheCommandLineSays) {
 
 TEST_F(Program, RefusesWhatIsNoBundle) {
     const auto refused = [&](const std::string& file) {
-        const std::string result = run("--plugin " + file + " -e 'Print 1'");
+        const std::string result = run("--plugin " + quoted(file) + " -e 'Print 1'");
         EXPECT_TRUE(result.starts_with(file)) << result;
         EXPECT_TRUE(result.ends_with("\n1")) << result;
         return result;
@@ -105,7 +113,7 @@ TEST_F(Program, RefusesWhatIsNoBundle) {
 }
 
 TEST_F(Program, GivesTheTour) {
-    const std::string script = SOURCE_DIR "/examples/tour.rbs";
+    const std::string script = quoted(SOURCE_DIR "/examples/tour.rbs");
     EXPECT_EQ(run(script), read(SOURCE_DIR "/tests/minihost/tour.txt") + "0");
     EXPECT_TRUE(fs::exists(folder_ / "out/tour-negative.png"));
     EXPECT_TRUE(fs::exists(folder_ / "out/tour-brighter.png"));
@@ -114,7 +122,7 @@ TEST_F(Program, GivesTheTour) {
 TEST_F(Program, RunsEveryExample) {
     for (const auto& entry : fs::directory_iterator(SOURCE_DIR "/examples")) {
         if (entry.path().extension() != ".rbs" || entry.path().stem() == "large") continue;
-        const std::string result = run(entry.path().string());
+        const std::string result = run(quoted(entry.path().string()));
         EXPECT_TRUE(result.ends_with("\n0")) << entry.path() << result;
         EXPECT_EQ(result.find("no copy"), std::string::npos);
     }
