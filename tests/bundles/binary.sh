@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
-# What the bundle's file promises: binary.sh BUNDLE
+# What the bundle's file promises: binary.sh BUNDLE OBJDUMP, the tool that knows the bundle's processor
 # One exported symbol, nothing needed but libc and libm, full RELRO, no code that runs at load time, and float
 # arithmetic as it is written.
 set -euo pipefail
 bundle=$1
+objdump=$2
 dynamic=$(readelf --dynamic --wide "$bundle")
 segments=$(readelf --program-headers --wide "$bundle")
 exported=$(nm --dynamic --defined-only "$bundle" | awk '{print $2, $3}')
@@ -35,6 +36,6 @@ expect "exception tables" lacks "$(readelf --sections --wide "$bundle")" gcc_exc
 expect "exceptions or RTTI" lacks "$(nm "$bundle")" ' (_ZTI|_ZTS|__cxa_|__gxx_|_Unwind_)'
 # A fused operation rounds once where two roundings are promised; a sine and a cosine computed together may have
 # other bits than those of sinf and cosf.
-expect "fused multiply-adds" lacks "$(objdump --disassemble --no-show-raw-insn "$bundle")" '\bvfn?m(add|sub)'
+expect "fused multiply-adds" lacks "$("$objdump" --disassemble --no-show-raw-insn "$bundle")" '\bvfn?m(add|sub)'
 expect "sine and cosine in one call" lacks "$(nm --dynamic "$bundle")" 'sincos|cexp'
 exit $faults

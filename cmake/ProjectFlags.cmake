@@ -1,0 +1,12 @@
+# What all code is compiled with.
+add_library(project_flags INTERFACE)
+target_compile_features(project_flags INTERFACE cxx_std_20)
+target_include_directories(project_flags INTERFACE ${PROJECT_SOURCE_DIR})
+target_compile_options(project_flags INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wold-style-cast
+  -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-qual -Wformat=2 -Wextra-semi -Wundef)
+if(MEMORYBLOCKZOR_SANITIZE)
+  target_compile_options(project_flags INTERFACE
+    -fsanitize=address,undefined,float-cast-overflow -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(project_flags INTERFACE -fsanitize=address,undefined)
+endif()

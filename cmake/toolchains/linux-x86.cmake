@@ -1,0 +1,20 @@
+# 32-bit x86 under Linux, by Debian's cross compiler, which sits beside any other; or by the multilib form of the
+# machine's own compiler, where that is there instead.
+set(CMAKE_SYSTEM_NAME Linux)
+set(CMAKE_SYSTEM_PROCESSOR i686)
+set(CMAKE_LIBRARY_ARCHITECTURE i386-linux-gnu)
+find_program(I686_COMPILER i686-linux-gnu-g++)
+mark_as_advanced(I686_COMPILER)
+if(I686_COMPILER)
+  set(CMAKE_C_COMPILER i686-linux-gnu-gcc)
+  set(CMAKE_CXX_COMPILER i686-linux-gnu-g++)
+else()
+  set(CMAKE_C_COMPILER gcc)
+  set(CMAKE_CXX_COMPILER g++)
+  set(CMAKE_C_FLAGS_INIT -m32)
+  set(CMAKE_CXX_FLAGS_INIT -m32)
+endif()
+
+set(loader /lib/ld-linux.so.2)
+set(emulator qemu-i386)
+include(${CMAKE_CURRENT_LIST_DIR}/emulator.cmake)
