@@ -1,126 +1,151 @@
 // Bits are taken by words and collected in a word, as long as no store can reach a bit that is still to be
 // taken.
 
-namespace rule {
-#include "kernels/plain/bits.h"
-#include "kernels/plain/gather_bits.h"
-}  // namespace rule
-
-// Reads bits of a run without touching a byte outside it.
-class BitReader {
- public:
-    // The run has `bytes` bytes.
-    BitReader(const uint8_t* run, uint64_t bytes) : run_(run), bytes_(bytes) {}
+// A run of bits that is read by words without touching a byte outside it.
+struct BitSource {
+    const uint8_t* run;
+    uint64_t bytes;
 
     static constexpr unsigned kBits = 57;
 
-    // At least kBits bits from `bit` on, the first one as the most significant. Those after the run are 0.
-    uint64_t from(uint64_t bit) const {
-        const uint8_t* at = run_ + size_t(bit / 8);
-        const uint64_t left = bytes_ - bit / 8;
-        uint64_t word = 0;
-        if (left >= sizeof word) {
-            word = bytes_reversed(load<uint64_t>(at));
-        } else {
-            for (unsigned i = 0; i < left; ++i) word |= uint64_t(at[i]) << (56 - 8 * i);
-        }
-        return word << bit % 8;
+    // Whether `from` may read a whole word.
+    bool has_word(uint64_t bit) const { return bytes - bit / 8 >= kWord; }
+
+    // At least kBits bits from `bit` on, the first one as the most significant.
+    uint64_t word(uint64_t bit) const {
+        return bytes_reversed(load<uint64_t>(run + size_t(bit / 8))) << bit % 8;
     }
 
- private:
-    const uint8_t* run_;
-    uint64_t bytes_;
+    // The same where the run may end; the bits after it are 0.
+    uint64_t from(uint64_t bit) const {
+        if (has_word(bit)) return word(bit);
+        uint64_t last_bits = 0;
+        for (uint64_t i = bit / 8; i < bytes; ++i) last_bits |= uint64_t(run[i]) << (56 - 8 * (i - bit / 8));
+        return last_bits << bit % 8;
+    }
 };
 
-// Stores bits side by side, four bytes at a time.
+// Stores bits side by side.
 class BitWriter {
  public:
     BitWriter(uint8_t* run, uint64_t bit) : at_(run + size_t(bit / 8)), pending_(unsigned(bit % 8)) {}
 
-    static constexpr unsigned kBits = 32;
+    static constexpr unsigned kBits = 32;      // for `append`
+    static constexpr unsigned kWordBits = 57;  // for `append_word`
 
-    // Appends the low `count` (at most kBits) bits of `bits`; the others are 0.
+    uint8_t* position() const { return at_; }
+    unsigned pending() const { return pending_; }
+
+    // Appends the low `count` (at most kBits) bits of `bits`; the others are 0. Stores whole bytes only.
     void append(uint64_t bits, unsigned count) {
         word_ = word_ << count | bits;
         pending_ += count;
-        if (pending_ < 32) return;
-        pending_ -= 32;
-        store(at_, bytes_reversed(uint32_t(word_ >> pending_)));
-        at_ += 4;
+        for (; pending_ >= 8; ++at_) *at_ = uint8_t(word_ >> (pending_ -= 8));
     }
+
+    // Appends up to kWordBits bits, and stores eight bytes, of which those after the bits are not settled
+    // yet.
+    void append_word(uint64_t bits, unsigned count) {
+        word_ = word_ << count | bits;
+        pending_ += count;
+        store(at_, bytes_reversed(word_ << (64 - pending_)));
+        at_ += pending_ / 8;
+        pending_ %= 8;
+    }
+
+    // Leaves out whole bytes, which somebody else stores. No bits may be pending.
+    void skip(size_t count) { at_ += count; }
 
     // Stores what is pending, the last byte filled up with 0.
     void finish() {
-        for (; pending_ >= 8; ++at_) *at_ = uint8_t(word_ >> (pending_ -= 8));
         if (pending_ > 0) *at_ = uint8_t(word_ << (8 - pending_));
     }
 
  private:
     uint8_t* at_;
-    uint64_t word_ = 0;  // the low pending_ bits are still to be stored
+    uint64_t word_ = 0;  // the low pending_ bits, fewer than 8 between calls, are still to be stored
     unsigned pending_;
-};
-
-// Moves the bits of a word that a mask selects to its low end, in their order. (H. S. Warren, "Hacker's
-// Delight", 2nd edition, section 7-4: a selected bit moves by the number of unselected ones below it, by one
-// power of two at a time.)
-class Compressor {
- public:
-    explicit Compressor(uint64_t mask) : mask_(mask) {
-        uint64_t unselected_below = ~mask << 1;
-        for (unsigned i = 0; i < 6; ++i) {
-            uint64_t odd = unselected_below;  // whether the number of ones up to each bit is odd
-            for (unsigned shift = 1; shift < 64; shift *= 2) odd ^= odd << shift;
-            moved_[i] = odd & mask;
-            mask = (mask ^ moved_[i]) | moved_[i] >> (1U << i);
-            unselected_below &= ~odd;
-        }
-    }
-
-    uint64_t operator()(uint64_t word) const {
-        word &= mask_;
-        for (unsigned i = 0; i < 6; ++i) {
-            const uint64_t moved = word & moved_[i];
-            word = (word ^ moved) | moved >> (1U << i);
-        }
-        return word;
-    }
-
- private:
-    uint64_t mask_;
-    uint64_t moved_[6];
 };
 
 // Whether words may be stored late and taken early: every store stays behind the bits that are still to be
 // taken, or the destination lies wholly behind the source. The source moves at least as fast.
-bool bits_in_any_order(const uint8_t* destination, uint64_t destination_bit, const uint8_t* source,
-                       uint64_t source_bit, uint64_t source_bytes) {
+inline bool bits_in_any_order(const uint8_t* destination, uint64_t destination_bit, const uint8_t* source,
+                              uint64_t source_bit, uint64_t source_bytes) {
     const uint64_t first_stored = uintptr_t(destination) + destination_bit / 8;
     const uint64_t first_taken = uintptr_t(source) + source_bit / 8;
     if (first_stored == first_taken) return destination_bit % 8 <= source_bit % 8;
     return first_stored < first_taken || first_stored >= uintptr_t(source) + source_bytes;
 }
 
-// A group of any length, in parts.
-void copy_bits(const BitReader& reader, BitWriter& writer, uint64_t bit, uint64_t bits) {
-    for (; bits > BitWriter::kBits; bit += BitWriter::kBits, bits -= BitWriter::kBits) {
-        writer.append(reader.from(bit) >> (64 - BitWriter::kBits), BitWriter::kBits);
+// Sets n bytes to the bits from bit `shift` (1 to 7) of a run of n + 1 bytes on. The destination may overlap
+// the run if it does not begin after it.
+inline void shift_bytes(uint8_t* destination, const uint8_t* run, size_t n, unsigned shift) {
+    const auto shifted = [=](size_t i) {
+        const auto kept = load<Vector<uint64_t>>(run + i) << shift & eight_of(uint8_t(0xFF << shift));
+        const auto moved_in =
+            load<Vector<uint64_t>>(run + i + 1) >> (8 - shift) & eight_of(uint8_t(0xFF >> (8 - shift)));
+        return kept | moved_in;
+    };
+    const size_t in_vectors = n / kVectorBytes * kVectorBytes;
+    each_vector(0, in_vectors, [=](size_t i) { store(destination + i, shifted(i)); });
+    for (size_t i = in_vectors; i < n; ++i) {
+        destination[i] = uint8_t(run[i] << shift | run[i + 1] >> (8 - shift));
     }
-    writer.append(reader.from(bit) >> (64 - bits), unsigned(bits));
 }
 
-// How many whole groups of `bits` bits one read can take and one append can store.
-unsigned groups_per_word(uint64_t bits, uint64_t step) {
-    if (bits > BitWriter::kBits) return 0;
-    return unsigned(smaller((BitReader::kBits - bits) / step + 1, BitWriter::kBits / bits));
+// A group of any length, in parts.
+inline void copy_group(const BitSource& source, BitWriter& writer, uint64_t bit, uint64_t bits) {
+    for (; bits > BitWriter::kBits; bit += BitWriter::kBits, bits -= BitWriter::kBits) {
+        writer.append(source.from(bit) >> (64 - BitWriter::kBits), BitWriter::kBits);
+    }
+    writer.append(source.from(bit) >> (64 - bits), unsigned(bits));
+}
+
+// A long run of bits: up to a whole byte of the destination, whole bytes, and the rest.
+inline void copy_run(const BitSource& source, BitWriter& writer, uint64_t bit, uint64_t bits) {
+    const unsigned to_byte = (8 - writer.pending()) % 8;
+    if (bits >= to_byte + 8 * kVectorBytes) {
+        if (to_byte > 0) writer.append(source.from(bit) >> (64 - to_byte), to_byte);
+        bit += to_byte;
+        bits -= to_byte;
+        const auto whole = size_t(bits / 8);
+        const uint8_t* const run = source.run + size_t(bit / 8);
+        if (bit % 8 == 0) {
+            copy(writer.position(), run, whole);
+        } else {
+            shift_bytes(writer.position(), run, whole, unsigned(bit % 8));
+        }
+        writer.skip(whole);
+        bit += 8 * uint64_t(whole);
+        bits -= 8 * uint64_t(whole);
+        if (bits == 0) return;
+    }
+    copy_group(source, writer, bit, bits);
 }
 
 // The bits of the first `groups` groups that begin with a word's most significant bit.
-uint64_t group_mask(uint64_t bits, uint64_t step, unsigned groups) {
+inline uint64_t group_mask(uint64_t bits, uint64_t step, unsigned groups) {
     const uint64_t group = ~UINT64_C(0) << (64 - bits);
-    uint64_t mask = 0;
-    for (unsigned i = 0; i < groups; ++i) mask |= group >> i * step;
-    return mask;
+    uint64_t mask = group;
+    for (unsigned have = 1; have < groups; have *= 2) mask |= mask >> have * step % 64;
+    return mask & ~UINT64_C(0) << (64 - ((groups - 1) * step + bits));
+}
+
+// As many groups as lie in whole words and can be stored in whole words; returns their number.
+inline size_t gather_words_of_bits(const BitSource& source, BitWriter& writer, uint64_t bit, uint64_t bits,
+                                   uint64_t step, size_t groups) {
+    if (bits > BitSource::kBits) return 0;
+    const auto at_once = unsigned((BitSource::kBits - bits) / step + 1);
+    const auto taken_bits = unsigned(at_once * bits);
+    const Extractor extract(group_mask(bits, step, at_once));
+    size_t gathered = 0;
+    // What is still to be stored must fill the word that the last round stores.
+    while (groups - gathered >= at_once && (groups - gathered) * bits >= 64 && source.has_word(bit)) {
+        writer.append_word(extract(source.word(bit)), taken_bits);
+        bit += at_once * step;
+        gathered += at_once;
+    }
+    return gathered;
 }
 
 void gather_bits(uint8_t* destination, uint64_t destination_bit, const uint8_t* source, uint64_t source_bit,
@@ -130,19 +155,20 @@ void gather_bits(uint8_t* destination, uint64_t destination_bit, const uint8_t* 
     if (!bits_in_any_order(destination, destination_bit, source, source_bit, source_bytes)) {
         return rule::gather_bits(destination, destination_bit, source, source_bit, bits, step, groups);
     }
-    const BitReader reader(source, source_bytes);
+    const BitSource from{source, source_bytes};
     BitWriter writer(destination, destination_bit);
     if (bits == step) {
-        copy_bits(reader, writer, source_bit, bits * groups);
+        copy_run(from, writer, source_bit, bits * groups);
         return writer.finish();
     }
-    const unsigned at_once = groups_per_word(bits, step);
-    if (at_once > 1) {
-        const Compressor compress(group_mask(bits, step, at_once));
-        for (; groups >= at_once; groups -= at_once, source_bit += at_once * step) {
-            writer.append(compress(reader.from(source_bit)), unsigned(at_once * bits));
-        }
+    // A word of the destination may be stored ahead of its bits only where that cannot reach the source.
+    const size_t first_stored = size_t(destination_bit / 8);
+    const auto stored = size_t((destination_bit + bits * groups + 7) / 8) - first_stored;
+    if (apart(destination + first_stored, stored, source, size_t(source_bytes))) {
+        const size_t gathered = gather_words_of_bits(from, writer, source_bit, bits, step, groups);
+        source_bit += gathered * step;
+        groups -= gathered;
     }
-    for (; groups > 0; --groups, source_bit += step) copy_bits(reader, writer, source_bit, bits);
+    for (; groups > 0; --groups, source_bit += step) copy_run(from, writer, source_bit, bits);
     writer.finish();
 }

@@ -15,6 +15,12 @@
 //   have
 //                        equal lanes, and l is at most 65535
 
+// For picking bytes by their positions, vectors hold windows of kWindowBytes bytes each:
+//
+//   kMostWindows         how many windows may be put together; 0 where no instruction picks bytes
+//   load_windows(p, d), store_windows(p, d, v)    windows that begin d bytes apart, stored in their order
+//   picked(v, from)      in each window the bytes at these positions, 0 for positions of 0x80 and above
+
 template <class Lane, size_t kBytes = kVectorBytes>
 struct VectorOf {
     typedef Lane type __attribute__((vector_size(kBytes)));

@@ -76,6 +76,38 @@ inline Bytes scaled16(Bytes v, Vector<double> factor, Vector<double> largest) {
                                      halves(_mm256_unpackhi_epi16(__m256i(v), zero))));
 }
 
+constexpr size_t kWindowBytes = 16;
+constexpr size_t kMostWindows = 4;
+inline Bytes load_windows(const uint8_t* data, size_t distance) {
+    return Bytes(_mm256_set_m128i(load<__m128i>(data + distance), load<__m128i>(data)));
+}
+inline void store_windows(uint8_t* data, size_t distance, Bytes v) {
+    store(data, _mm256_castsi256_si128(__m256i(v)));
+    store(data + distance, _mm256_extracti128_si256(__m256i(v), 1));
+}
+inline Bytes picked(Bytes v, Bytes from) { return shuffled(v, from); }
+
+#ifdef __x86_64__
+class Extractor {
+ public:
+    explicit Extractor(uint64_t mask) : mask_(mask) {}
+    uint64_t operator()(uint64_t word) const { return _pext_u64(word, mask_); }
+
+ private:
+    uint64_t mask_;
+};
+#else
+#include "kernels/fast/extract.h"
+#endif
+
+inline Bytes expanded(const uint8_t* bits) {
+    const auto bit_of_each = Bytes(all(UINT64_C(0x0102040810204080)));
+    const auto byte_of_each =
+        Bytes(_mm256_setr_epi64x(0, 0x0101010101010101, 0x0202020202020202, 0x0303030303030303));
+    const Bytes bytes = shuffled(Bytes(all(load<uint32_t>(bits))), byte_of_each);
+    return Bytes((bytes & bit_of_each) == bit_of_each);
+}
+
 #include "kernels/levels/operations.h"
 
 }  // namespace

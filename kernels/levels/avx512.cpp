@@ -78,6 +78,32 @@ inline Bytes scaled16(Bytes v, Vector<double> factor, Vector<double> largest) {
                                      halves(_mm512_unpackhi_epi16(__m512i(v), zero))));
 }
 
+constexpr size_t kWindowBytes = 64;
+constexpr size_t kMostWindows = 2;
+inline Bytes load_windows(const uint8_t* data, size_t) { return load<Bytes>(data); }
+inline void store_windows(uint8_t* data, size_t, Bytes v) { store(data, v); }
+inline Bytes picked(Bytes v, Bytes from) {
+    const __mmask64 wanted = ~_mm512_movepi8_mask(__m512i(from));
+    return Bytes(_mm512_maskz_permutexvar_epi8(wanted, __m512i(from), __m512i(v)));
+}
+
+#ifdef __x86_64__
+class Extractor {
+ public:
+    explicit Extractor(uint64_t mask) : mask_(mask) {}
+    uint64_t operator()(uint64_t word) const { return _pext_u64(word, mask_); }
+
+ private:
+    uint64_t mask_;
+};
+#else
+#include "kernels/fast/extract.h"
+#endif
+
+inline Bytes expanded(const uint8_t* bits) {
+    return Bytes(_mm512_movm_epi8(bits_in_bytes_reversed(load<uint64_t>(bits))));
+}
+
 #include "kernels/levels/operations.h"
 
 }  // namespace

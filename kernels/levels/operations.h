@@ -1,5 +1,7 @@
 // All fast forms, inside the namespace of a level that has set up its vectors.
 #include "kernels/fast/ends.h"
+#include "kernels/fast/overlap.h"
+#include "kernels/fast/rules.h"
 //
 #include "kernels/fast/copy.h"
 #include "kernels/fast/expand.h"

@@ -71,6 +71,20 @@ inline Bytes scaled16(Bytes v, Vector<double> factor, Vector<double> largest) {
     return Bytes(_mm_xor_si128(packed, _mm_set1_epi16(-32768)));
 }
 
+// No instruction picks bytes.
+constexpr size_t kWindowBytes = kVectorBytes;
+constexpr size_t kMostWindows = 0;
+inline Bytes load_windows(const uint8_t* data, size_t) { return load<Bytes>(data); }
+inline void store_windows(uint8_t* data, size_t, Bytes v) { store(data, v); }
+
+#include "kernels/fast/extract.h"
+
+inline Bytes expanded(const uint8_t* bits) {
+    const Vector<uint64_t> bytes = {eight_of(bits[0]), eight_of(bits[1])};
+    const auto bit_of_each = Bytes(all(UINT64_C(0x0102040810204080)));
+    return Bytes((Bytes(bytes) & bit_of_each) == bit_of_each);
+}
+
 #include "kernels/levels/operations.h"
 
 }  // namespace

@@ -72,6 +72,21 @@ inline Bytes scaled16(Bytes v, Vector<double> factor, Vector<double> largest) {
     return Bytes(_mm_packus_epi32(low, high));
 }
 
+constexpr size_t kWindowBytes = 16;
+constexpr size_t kMostWindows = 4;
+inline Bytes load_windows(const uint8_t* data, size_t) { return load<Bytes>(data); }
+inline void store_windows(uint8_t* data, size_t, Bytes v) { store(data, v); }
+inline Bytes picked(Bytes v, Bytes from) { return shuffled(v, from); }
+
+#include "kernels/fast/extract.h"
+
+inline Bytes expanded(const uint8_t* bits) {
+    const auto bit_of_each = Bytes(all(UINT64_C(0x0102040810204080)));
+    const Bytes bytes =
+        shuffled(Bytes(all(load<uint16_t>(bits))), Bytes{0, 0, 0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 1, 1, 1, 1});
+    return Bytes((bytes & bit_of_each) == bit_of_each);
+}
+
 #include "kernels/levels/operations.h"
 
 }  // namespace

@@ -28,10 +28,10 @@ TEST_P(GatherKernels, GatherCopiesPieceAfterPiece) {
     Random random;
     for (int round = 0; round < 20000; ++round) {
         const auto piece =
-            random() % 2 ? size_t(1) << random() % 4 : between<size_t>(random, 0, round % 8 == 0 ? 80 : 18);
-        const auto pieces = between<size_t>(random, 0, round % 100 == 0 ? 2000 : round % 4 == 0 ? 100 : 20);
+            random() % 2 ? size_t(1) << random() % 4 : between<size_t>(random, 0, round % 8 == 0 ? 200 : 18);
+        const auto pieces = between<size_t>(random, 0, round % 8 == 0 ? 400 : round % 4 == 0 ? 100 : 20);
         const auto step =
-            random() % 2 ? ptrdiff_t(piece << random() % 3) : between<ptrdiff_t>(random, -24, 24);
+            random() % 2 ? ptrdiff_t(piece << random() % 3) : between<ptrdiff_t>(random, -24, 40);
         const size_t way = pieces > 0 ? (pieces - 1) * size_t(std::abs(step)) : 0;
         ASSERT_TRUE(same(random, way + piece, piece * pieces, fast().gather, plain().gather,
                          step < 0 ? way : 0, piece, step, pieces))
