@@ -19,7 +19,7 @@ endif()
 # and libm is needed. Without start files and the C++ runtime there is nothing to run at load time and nothing to
 # unwind.
 function(link_elf_bundle target)
-  set(exports ${PROJECT_SOURCE_DIR}/plugin/exports.map)
+  set(exports ${PROJECT_SOURCE_DIR}/plugin/registration/exports.map)
   set_target_properties(${target} PROPERTIES LINK_DEPENDS ${exports})
   target_link_options(${target} PRIVATE
     -Wl,--version-script=${exports} -Wl,--exclude-libs,ALL -Wl,-z,relro,-z,now,-z,noexecstack -Wl,--gc-sections)

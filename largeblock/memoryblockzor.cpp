@@ -3,13 +3,12 @@
 #include <cstdlib>
 
 #include "plugin/host.h"
-#include "plugin/tables.h"
 
 namespace largeblock {
 namespace {
 
-// The instance data. Either all is 0 and nil, or `address` points to `size` bytes that the instance owns and
-// that `block`, if the host could make one, refers to.
+// The instance data: all zero, or `size` bytes at `address`, which the instance owns, and a block over them
+// if the host could make one.
 struct Memory {
     int64_t size;
     REALmemoryBlock block;

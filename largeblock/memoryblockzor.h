@@ -1,7 +1,12 @@
-// The class MemoryBlockZOR: an object that owns a run of memory with a 64-bit size.
+// The class MemoryBlockZOR: an object that owns a run of memory with a 64-bit size. Create stops at 2 GiB,
+// Resize does not. Most members of its block reach 2 GiB from the first byte; what lies beyond, AddressPtrZOR
+// reaches, and the copies to and from addresses.
 #pragma once
 
 #include "plugin/records.h"
+
+// The class as it is registered. From then on the host's `systemWord` says where instances have their data.
+extern REALclassDefinition MemClass;
 
 namespace largeblock {
 

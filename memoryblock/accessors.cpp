@@ -1,5 +1,4 @@
-// Strings and folder items are the host's; what is done here is to choose encodings and to give back what was
-// taken.
+// Strings and folder items belong to the host: members choose the encoding and give back what they took.
 #include <algorithm>
 
 #include "kernels/copy.h"
@@ -45,52 +44,51 @@ void read_code(Code& code, REALstring value) {
     kernels::copy(code, text.data(), size_t(std::min(text.length(), kCodeLength)));
 }
 
-// The file specification record at `offset`; nil where a block has no room for one.
-FSSpec* file_specification(REALmemoryBlock block, int32_t offset) {
-    if (!inside(block_size(block), offset, sizeof(FSSpec))) return nullptr;
+// The bytes at `offset`; nil where a block has no room for so many.
+uint8_t* record_at(REALmemoryBlock block, int32_t offset, int32_t count) {
+    if (!inside(block_size(block), offset, count)) return nullptr;
     uint8_t* data = block_data(block);
-    return data ? reinterpret_cast<FSSpec*>(data + offset) : nullptr;
+    return data ? data + offset : nullptr;
+}
+
+FSSpec* file_specification(REALmemoryBlock block, int32_t offset) {
+    return reinterpret_cast<FSSpec*>(record_at(block, offset, sizeof(FSSpec)));
 }
 
 }  // namespace
 
 REALstring getString(REALmemoryBlock block, int32_t offset, int32_t numBytes) {
-    const Range range = cut(block_size(block), offset, numBytes);
-    if (range.empty()) return nullptr;
-    const uint8_t* data = block_data(block);
-    if (!data) return nullptr;
-    const uint8_t* text = data + range.first;
-    const bool ascii = kernels::all_ascii(text, range.count);
-    return build_string(text, int32_t(range.count), ascii ? kTextEncodingUS_ASCII : kTextEncodingUnknown);
+    const Bytes text = cut(block, offset, numBytes);
+    if (text.empty()) return nullptr;
+    const bool ascii = kernels::all_ascii(text.data(), text.size());
+    return build_string(text.data(), int32_t(text.size()),
+                        ascii ? kTextEncodingUS_ASCII : kTextEncodingUnknown);
 }
 
 void setString(REALmemoryBlock block, REALstring str, int32_t offset) {
     const int32_t size = block_size(block);
     const rbBuffer text(str);
-    const Range range = cut(size, offset, text.length());
-    if (range.empty()) return;
-    if (uint8_t* data = block_data(block)) kernels::copy(data + range.first, text.data(), range.count);
+    const Bytes bytes = bytes_of(block, cut(size, offset, text.length()));
+    if (!bytes.empty()) kernels::copy(bytes.data(), text.data(), bytes.size());
 }
 
 REALstring getOSType(REALmemoryBlock block, int32_t offset) {
-    if (!inside(block_size(block), offset, kCodeLength)) return nullptr;
-    const uint8_t* data = block_data(block);
-    if (!data) return nullptr;
+    const uint8_t* stored = record_at(block, offset, kCodeLength);
+    if (!stored) return nullptr;
     Code code;
-    kernels::copy(code, data + offset, sizeof code);
+    kernels::copy(code, stored, sizeof code);
     kernels::reverse_bytes(code, sizeof code);
     const bool ascii = kernels::all_ascii(code, sizeof code);
     return build_string(code, kCodeLength, ascii ? kTextEncodingUS_ASCII : kTextEncodingMacRoman);
 }
 
 void setOSType(REALmemoryBlock block, int32_t offset, REALstring value) {
-    if (!inside(block_size(block), offset, kCodeLength)) return;
-    uint8_t* data = block_data(block);
-    if (!data) return;
+    uint8_t* stored = record_at(block, offset, kCodeLength);
+    if (!stored) return;
     Code code = {' ', ' ', ' ', ' '};
     read_code(code, value);
     kernels::reverse_bytes(code, sizeof code);
-    kernels::copy(data + offset, code, sizeof code);
+    kernels::copy(stored, code, sizeof code);
 }
 
 REALfolderItem getFSSpec(REALmemoryBlock block, int32_t offset) {

@@ -1,4 +1,3 @@
-// Every member checks its ranges and makes one copy.
 #include "kernels/copy.h"
 
 #include <cstring>
@@ -11,8 +10,8 @@ namespace {
 
 // The bytes of a block that a copy may touch; nil when it must not be made.
 uint8_t* bytes_for_copy(REALmemoryBlock block, int32_t offset, int32_t count) {
-    uint8_t* data = block_data(block);
-    return data && inside(block_size(block), offset, count) ? data + offset : nullptr;
+    const Block bytes(block);
+    return inside(bytes, offset, count) ? bytes.data + offset : nullptr;
 }
 
 void copy(uint8_t* destination, const uint8_t* source, int32_t count) {

@@ -1,4 +1,3 @@
-// Every member cuts its range and makes one pass over it.
 #include "kernels/fill.h"
 
 #include "kernels/mirror.h"
@@ -11,20 +10,17 @@ namespace {
 
 using Kernel = void(uint8_t* data, size_t n);
 
-void change(REALmemoryBlock block, int32_t offset, int32_t count, Kernel* kernel) {
-    uint8_t* data = block_data(block);
-    const Range range = cut(block_size(block), offset, count);
-    if (data && !range.empty()) kernel(data + range.first, range.count);
+inline void change(REALmemoryBlock block, int32_t offset, int32_t count, Kernel* kernel) {
+    const Bytes bytes = cut(Block(block), offset, count);
+    if (!bytes.empty()) kernel(bytes.data(), bytes.size());
 }
 
 }  // namespace
 
 void fillbytes(REALmemoryBlock block, int32_t offset, int32_t count, int32_t value) {
     if (!block) return RaiseNilBlock();
-    const int32_t size = block_size(block);
-    const Range range = cut(size, offset, or_rest(size, offset, count));
-    if (range.empty()) return;
-    if (uint8_t* data = block_data(block)) kernels::fill(data + range.first, range.count, uint8_t(value));
+    const Bytes bytes = cut_or_rest(block, offset, count);
+    if (!bytes.empty()) kernels::fill(bytes.data(), bytes.size(), uint8_t(value));
 }
 
 void InvertBytesZOR(REALmemoryBlock block, int32_t offset, int32_t count) {

@@ -9,10 +9,10 @@
 namespace memoryblock {
 namespace {
 
-// The groups to change, as bytes: up to three bytes after the last whole one may be among them.
-Range whole_groups(const rbBuffer& held, int32_t offset, int32_t length) {
+// The groups to change: up to three bytes after the last whole one may be among them.
+Bytes whole_groups(const rbBuffer& held, int32_t offset, int32_t length) {
     const int64_t bytes = or_rest(held.length(), offset, length);
-    return bytes > 0 ? cut_or_rest(held, offset, (bytes + 3) / 4 * 4) : Range{};
+    return bytes > 0 ? cut_or_rest(held, offset, (bytes + 3) / 4 * 4) : Bytes();
 }
 
 }  // namespace
@@ -22,8 +22,8 @@ void Calc2te(REALmemoryBlock block, int32_t iByteMax, int32_t offsetByte, int32_
     if (!block) return RaiseNilBlock();
     if (offsetByte < 0) return RaiseNegativeOffset();
     const rbBuffer held(block);
-    const Range range = whole_groups(held, offsetByte, Length);
-    kernels::complete_sum(held.data() + range.first, range.count / 4, iByteMax, WithSum0 != 0);
+    const Bytes bytes = whole_groups(held, offsetByte, Length);
+    kernels::complete_sum(bytes.data(), bytes.size() / 4, iByteMax, WithSum0 != 0);
 }
 
 void Calc3te(REALmemoryBlock block, int32_t Source1, int32_t Source2, int32_t Source3, int32_t Source4,
@@ -32,8 +32,8 @@ void Calc3te(REALmemoryBlock block, int32_t Source1, int32_t Source2, int32_t So
     if (!block) return RaiseNilBlock();
     if (offsetByte < 0) return RaiseNegativeOffset();
     const rbBuffer held(block);
-    const Range range = whole_groups(held, offsetByte, Length);
-    kernels::replace_similar(held.data() + range.first, range.count / 4, {Source1, Source2, Source3, Source4},
+    const Bytes bytes = whole_groups(held, offsetByte, Length);
+    kernels::replace_similar(bytes.data(), bytes.size() / 4, {Source1, Source2, Source3, Source4},
                              {Dest1, Dest2, Dest3, Dest4}, Tolerance);
 }
 

@@ -1,5 +1,5 @@
 // The members of the MemoryBlock extension, as the host calls them: the block first, then the declared
-// arguments. plugin/tables.cpp has their declarations in the host language.
+// arguments. plugin/registration/tables.cpp has their declarations in the host language.
 //
 // Offsets, counts and lengths are bytes unless a name says bits; offsets count from the block's first byte.
 // A block whose size the host reports as greater than 0 is of known size; of another one a range is taken as
@@ -7,6 +7,10 @@
 // works on the part inside) or refuses it (nothing is read or written, and the result is the neutral one). A
 // negative offset is always refused. Only what is said to raise raises. Bit n of a block is the bit 0x80 >>
 // (n mod 8) of byte n div 8. Numbers lie in the processor's byte order and need no alignment.
+//
+// What nothing can check is the caller's: that an address (Ptr, handle) leads to memory, how many bytes lie
+// there, and how many a block of unknown size has. Offsets and counts are 32-bit unless a declaration says
+// Int64, so one call reaches 2 GiB from a block's first byte.
 #pragma once
 
 #include "plugin/records.h"
@@ -39,8 +43,8 @@ REALboolean BytesZeroZOR(REALmemoryBlock block, int32_t srcOfs, int32_t numBytes
 
 // Copying (copy.cpp). Every copy is one through an intermediate buffer, so that ranges may overlap. A
 // negative count or offset, a range past the end of a block of known size, a nil block, address or handle
-// copies nothing; nothing is raised. An address or a handle is used from its first byte; a handle is the
-// 32-bit address of a pointer to the data.
+// copies nothing; nothing is raised. An address or a handle is used from its first byte, and must have
+// `numBytes` bytes there; a handle is the 32-bit address of a pointer to the data.
 void copyBytes1(REALmemoryBlock block, int32_t srcOfs, int32_t numBytes, int32_t destOfs);
 void copyBytes2(REALmemoryBlock block, int32_t srcOfs, int32_t numBytes, REALmemoryBlock destBlk,
                 int32_t destOfs);
@@ -147,8 +151,9 @@ REALmemoryBlock newMemoryblockPtr(int32_t ptr);
 
 // Stores the smaller, or the larger, of each pair of integers of 8, 16, 32 or 64 bits from `offsetByte` on.
 // The inputs are read from their first byte and may overlap the destination: one element is stored before the
-// next is read. A length of 0 or less reaches to the block's end; the range is cut to whole elements. False
-// for another `BitSize`. Raises for a nil block, a nil input and a negative offset.
+// next is read. A length of 0 or less reaches to the block's end; the range is cut to whole elements. Each
+// input must have as many bytes as the range has then: with the defaults, the block's size. False for another
+// `BitSize`. Raises for a nil block, a nil input and a negative offset.
 REALboolean MinZOR(REALmemoryBlock block, void* firstMem, void* secondMem, int32_t BitSize,
                    REALboolean Signed, int32_t offsetByte, int32_t lengthBytes);
 REALboolean MaxZOR(REALmemoryBlock block, void* firstMem, void* secondMem, int32_t BitSize,

@@ -20,18 +20,18 @@ std::optional<kernels::Element> element(int32_t BitSize, bool is_signed) {
     }
 }
 
-bool combine(decltype(kernels::minimum)* kernel, REALmemoryBlock block, const void* firstMem,
-             const void* secondMem, int32_t BitSize, REALboolean Signed, int32_t offsetByte,
-             int32_t lengthBytes) {
-    if (!block) return RaiseNilBlock(), false;
-    if (!firstMem || !secondMem) return RaiseNilPointer(), false;
-    if (offsetByte < 0) return RaiseNegativeOffset(), false;
+REALboolean choose(decltype(kernels::minimum)* kernel, REALmemoryBlock block, const void* firstMem,
+                   const void* secondMem, int32_t BitSize, REALboolean Signed, int32_t offsetByte,
+                   int32_t lengthBytes) {
+    if (!block) return RaiseNilBlock<REALboolean>();
+    if (!firstMem || !secondMem) return RaiseNilPointer<REALboolean>();
+    if (offsetByte < 0) return RaiseNegativeOffset<REALboolean>();
     const rbBuffer held(block);
-    const Range range = cut_or_rest(held, offsetByte, lengthBytes);
+    const Bytes bytes = cut_or_rest(held, offsetByte, lengthBytes);
     const auto kind = element(BitSize, Signed != 0);
     if (!kind) return false;
-    kernel(*kind, held.data() + range.first, static_cast<const uint8_t*>(firstMem),
-           static_cast<const uint8_t*>(secondMem), range.count / size_t(BitSize / 8));
+    kernel(*kind, bytes.data(), static_cast<const uint8_t*>(firstMem),
+           static_cast<const uint8_t*>(secondMem), bytes.size() / size_t(BitSize / 8));
     return true;
 }
 
@@ -39,14 +39,12 @@ bool combine(decltype(kernels::minimum)* kernel, REALmemoryBlock block, const vo
 
 REALboolean MinZOR(REALmemoryBlock block, void* firstMem, void* secondMem, int32_t BitSize,
                    REALboolean Signed, int32_t offsetByte, int32_t lengthBytes) {
-    return REALboolean(
-        combine(kernels::minimum, block, firstMem, secondMem, BitSize, Signed, offsetByte, lengthBytes));
+    return choose(kernels::minimum, block, firstMem, secondMem, BitSize, Signed, offsetByte, lengthBytes);
 }
 
 REALboolean MaxZOR(REALmemoryBlock block, void* firstMem, void* secondMem, int32_t BitSize,
                    REALboolean Signed, int32_t offsetByte, int32_t lengthBytes) {
-    return REALboolean(
-        combine(kernels::maximum, block, firstMem, secondMem, BitSize, Signed, offsetByte, lengthBytes));
+    return choose(kernels::maximum, block, firstMem, secondMem, BitSize, Signed, offsetByte, lengthBytes);
 }
 
 }  // namespace memoryblock

@@ -1,4 +1,3 @@
-// Every member cuts its range and makes one pass over it.
 #include "kernels/mirror.h"
 
 #include "memoryblock/members.h"
@@ -9,18 +8,15 @@ namespace memoryblock {
 
 void MirrorBitsInBytesZOR(REALmemoryBlock block, int32_t offsetByte, int32_t lengthByte) {
     if (!block) return RaiseNilBlock();
-    const Range range = cut(block_size(block), offsetByte, lengthByte);
-    if (range.empty()) return;
-    if (uint8_t* data = block_data(block)) kernels::reverse_bits_in_bytes(data + range.first, range.count);
+    const Bytes bytes = cut(block, offsetByte, lengthByte);
+    if (!bytes.empty()) kernels::reverse_bits_in_bytes(bytes.data(), bytes.size());
 }
 
 void MirrorBytesZOR(REALmemoryBlock block, int32_t offsetByte, int32_t lengthByte) {
     if (!block) return RaiseNilBlock();
     if (lengthByte == 0) return;
-    const int32_t size = block_size(block);
-    const Range range = cut(size, offsetByte, or_rest(size, offsetByte, lengthByte));
-    if (range.empty()) return;
-    if (uint8_t* data = block_data(block)) kernels::reverse_bytes(data + range.first, range.count);
+    const Bytes bytes = cut_or_rest(block, offsetByte, lengthByte);
+    if (!bytes.empty()) kernels::reverse_bytes(bytes.data(), bytes.size());
 }
 
 void MirrorBitsZOR(REALmemoryBlock block, int32_t offsetBit, int32_t lengthBit) {

@@ -1,4 +1,3 @@
-// The block is the destination; the array of the other block begins at its first byte.
 #include "kernels/polar.h"
 
 #include <algorithm>
@@ -17,12 +16,9 @@ void convert(decltype(kernels::polar_to_cartesian)* kernel, REALmemoryBlock bloc
     if (!block) return RaiseNilBlock();
     if (!source) return;
     if (offsetByte < 0) return RaiseNegativeOffset();
-    uint8_t* to = block_data(block);
-    const uint8_t* from = block_data(source);
-    if (!to || !from) return;
-    const Range stored = cut(block_size(block), offsetByte, int64_t{Z} * kPair);
-    const Range taken = cut(block_size(source), 0, int64_t{Z} * kPair);
-    kernel(to + stored.first, from, std::min(stored.count, taken.count) / kPair);
+    const Bytes to = cut(Block(block), offsetByte, int64_t{Z} * kPair);
+    const Bytes from = cut(Block(source), 0, int64_t{Z} * kPair);
+    kernel(to.data(), from.data(), std::min(to.size(), from.size()) / kPair);
 }
 
 }  // namespace
@@ -31,10 +27,8 @@ void CalcLogSweepTable(REALmemoryBlock block, int32_t offsetByte, int32_t Z, int
                        double T) {
     if (!block) return RaiseNilBlock();
     if (offsetByte < 0) return RaiseNegativeOffset();
-    uint8_t* to = block_data(block);
-    if (!to) return;
-    const Range range = cut(block_size(block), offsetByte, int64_t{Z} * kPair);
-    kernels::log_sweep(to + range.first, range.count / kPair, lw1, lw2, T);
+    const Bytes to = cut(Block(block), offsetByte, int64_t{Z} * kPair);
+    kernels::log_sweep(to.data(), to.size() / kPair, lw1, lw2, T);
 }
 
 void ConvertPolarToCartesian(REALmemoryBlock block, int32_t offsetByte, int32_t Z,

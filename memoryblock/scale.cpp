@@ -13,8 +13,8 @@ void scale(decltype(kernels::scale_uint8)* kernel, size_t sample_bytes, REALmemo
     if (!block) return RaiseNilBlock();
     if (offsetByte < 0) return RaiseNegativeOffset();
     const rbBuffer held(block);
-    const Range range = cut_or_rest(held, offsetByte, lengthBytes);
-    kernel(held.data() + range.first, range.count / sample_bytes, Factor);
+    const Bytes bytes = cut_or_rest(held, offsetByte, lengthBytes);
+    kernel(bytes.data(), bytes.size() / sample_bytes, Factor);
 }
 
 }  // namespace

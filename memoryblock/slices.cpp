@@ -10,24 +10,32 @@
 namespace memoryblock {
 namespace {
 
-REALmemoryBlock copy_of(REALmemoryBlock block, int32_t offset, int32_t count) {
-    const uint8_t* data = block_data(block);
-    return data && count > 0 ? new_block(data + offset, count) : nullptr;
+// The new block with these bytes, those of `back` after those of `front`; given back when it has no data.
+REALmemoryBlock filled(REALmemoryBlock made, Bytes front, Bytes back = {}) {
+    uint8_t* data = block_data(made);
+    if (!data) return REALUnlockObject(made), nullptr;
+    kernels::copy(data, front.data(), front.size());
+    if (!back.empty()) kernels::copy(data + front.size(), back.data(), back.size());
+    return made;
 }
 
-// The bytes of two blocks, one after the other. Quiet: a block that cannot be made is nil.
+// Raises when the block cannot be made.
+REALmemoryBlock copy_of(REALmemoryBlock block, int32_t offset, int32_t count) {
+    uint8_t* data = block_data(block);
+    if (!data || count <= 0) return nullptr;
+    const REALmemoryBlock made = allocate_block(count);
+    if (!made) return RaiseOutOfMemory(count), nullptr;
+    return filled(made, {data + offset, size_t(count)});
+}
+
+// The bytes of two blocks, one after the other. A block that cannot be made is nil.
 REALmemoryBlock joined(REALmemoryBlock block, int32_t size, REALmemoryBlock other, int32_t other_size) {
-    const int64_t count = int64_t(size) + other_size;
-    if (count >= INT32_MAX) return nullptr;
-    const uint8_t* front = block_data(block);
-    const uint8_t* back = block_data(other);
-    const REALmemoryBlock result = front && back ? REALNewMemoryBlockOriginal(int32_t(count)) : nullptr;
-    if (!result) return nullptr;
-    uint8_t* data = block_data(result);
-    if (!data) return REALUnlockObject(result), nullptr;
-    kernels::copy(data, front, size_t(size));
-    kernels::copy(data + size, back, size_t(other_size));
-    return result;
+    uint8_t* front = block_data(block);
+    uint8_t* back = block_data(other);
+    if (!front || !back) return nullptr;
+    const REALmemoryBlock made = allocate_block(int64_t{size} + other_size);
+    if (!made) return nullptr;
+    return filled(made, {front, size_t(size)}, {back, size_t(other_size)});
 }
 
 }  // namespace
@@ -35,7 +43,7 @@ REALmemoryBlock joined(REALmemoryBlock block, int32_t size, REALmemoryBlock othe
 REALmemoryBlock getMid1(REALmemoryBlock block, int32_t offset) { return getMid2(block, offset, INT32_MAX); }
 
 REALmemoryBlock getMid2(REALmemoryBlock block, int32_t offset, int32_t length) {
-    if (!block) return RaiseNilBlock(), nullptr;
+    if (!block) return RaiseNilBlock<REALmemoryBlock>();
     if (length <= 0 || offset < 0) return nullptr;
     const int32_t size = block_size(block);
     if (size <= offset) return nullptr;
@@ -43,13 +51,13 @@ REALmemoryBlock getMid2(REALmemoryBlock block, int32_t offset, int32_t length) {
 }
 
 REALmemoryBlock getLeft(REALmemoryBlock block, int32_t length) {
-    if (!block) return RaiseNilBlock(), nullptr;
+    if (!block) return RaiseNilBlock<REALmemoryBlock>();
     if (length <= 0) return nullptr;
     return copy_of(block, 0, std::min(length, block_size(block)));
 }
 
 REALmemoryBlock getRight(REALmemoryBlock block, int32_t length) {
-    if (!block) return RaiseNilBlock(), nullptr;
+    if (!block) return RaiseNilBlock<REALmemoryBlock>();
     if (length <= 0) return nullptr;
     const int32_t size = block_size(block);
     if (size <= 0) return nullptr;
@@ -58,7 +66,7 @@ REALmemoryBlock getRight(REALmemoryBlock block, int32_t length) {
 }
 
 REALmemoryBlock getAppend(REALmemoryBlock block, REALmemoryBlock other) {
-    if (!block || !other) return RaiseNilBlock(), nullptr;
+    if (!block || !other) return RaiseNilBlock<REALmemoryBlock>();
     const int32_t size = block_size(block);
     const int32_t other_size = block_size(other);
     if (size <= 0) return other_size > 0 ? copy_of(other, 0, other_size) : nullptr;

@@ -1,30 +1,9 @@
 #include "plugin/block.h"
 
 #include <algorithm>
-#include <cstring>
 
-#include "plugin/exceptions.h"
-#include "plugin/host.h"
-
-int32_t block_size(REALmemoryBlock block) { return block ? REALMemoryBlockGetSize(block) : 0; }
-
-uint8_t* block_data(REALmemoryBlock block) {
-    return block ? static_cast<uint8_t*>(REALMemoryBlockGetPtr(block)) : nullptr;
-}
-
-REALmemoryBlock new_block(const uint8_t* bytes, int32_t count) {
-    const REALmemoryBlock block = count < INT32_MAX ? REALNewMemoryBlockOriginal(count) : nullptr;
-    if (!block) {
-        RaiseOutOfMemory(count);
-        return nullptr;
-    }
-    uint8_t* data = block_data(block);
-    if (!data) {
-        REALUnlockObject(block);
-        return nullptr;
-    }
-    std::memcpy(data, bytes, size_t(count));
-    return block;
+REALmemoryBlock allocate_block(int64_t count) {
+    return count < INT32_MAX ? REALNewMemoryBlockOriginal(int32_t(count)) : nullptr;
 }
 
 rbBuffer::rbBuffer(REALmemoryBlock block) : object_(block) {

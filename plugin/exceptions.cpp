@@ -21,12 +21,6 @@ void RaiseException(const char* exceptionClassName, const char* message, uint32_
     if (text) REALUnlockString(text);
 }
 
-void RaiseNilBlock() { RaiseException("NilObjectException", "memoryblock is nil", 0); }
-
-void RaiseNilPointer() { RaiseException("NilObjectException", "ptr is nil", 0); }
-
-void RaiseNegativeOffset() { RaiseException("UnsupportedOperationException", "offset < 0", 0); }
-
 void RaiseOutOfMemory(int64_t size) {
     char message[200] = {};
     std::snprintf(message, sizeof message, "Failed to allocate a memoryblock with %lld bytes in size.",

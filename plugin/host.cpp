@@ -2,4 +2,4 @@
 
 constinit Resolver gResolver = nullptr;
 constinit double rbversion_rbversion = 0.0;
-constinit int32_t CurrentREALControlVersion = 12;
+constinit int32_t CurrentREALControlVersion = kNewestLayout;

@@ -11,7 +11,7 @@ using Resolver = void* (*)(const char* key);
 
 extern Resolver gResolver;                 // given to REALPluginMain; set once
 extern double rbversion_rbversion;         // the host's version; 0.0 when it has none
-extern int32_t CurrentREALControlVersion;  // the records' version word: 9, 10, 11 or 12
+extern int32_t CurrentREALControlVersion;  // the version word of the records: 9 to 12
 
 template <Text Key, class Signature>
 class HostOperation;
@@ -22,20 +22,26 @@ class HostOperation<Key, Result(Arguments...)> {
     using Function = Result (*)(Arguments...);
 
     // The host's function, or nil while the resolver does not know the key.
-    static Function resolve() {
-        if (!function_) function_ = ask();
-        return function_;
-    }
+    static Function resolve() { return function_ ? function_ : ask_and_keep(); }
 
     // The same without the cache.
     static Function ask() { return gResolver ? reinterpret_cast<Function>(gResolver(Key.bytes)) : nullptr; }
 
+    // Once the address is known, a call is a load, a test and a jump.
     Result operator()(Arguments... arguments) const {
-        const Function function = resolve();
-        return function ? function(arguments...) : Result();
+        if (function_) [[likely]]
+            return function_(arguments...);
+        return call_first(arguments...);
     }
 
  private:
+    [[gnu::noinline, gnu::cold]] static Function ask_and_keep() { return function_ = ask(); }
+
+    [[gnu::noinline, gnu::cold]] static Result call_first(Arguments... arguments) {
+        const Function function = ask_and_keep();
+        return function ? function(arguments...) : Result();
+    }
+
     static inline constinit Function function_ = nullptr;
 };
 

@@ -53,7 +53,7 @@ struct REALmethodRecord {
     Setter setter;  // nil unless the member can be assigned
     const char* declaration;
     uint32_t flags;
-    // The older layout (version word 9) ends here.
+    // The older layout (kOldestLayout) ends here.
     const void* reserved4;
     int32_t reserved5;
 };
@@ -73,12 +73,16 @@ struct REALpropertyRecord {
     const void* reserved7;
     const void* reserved8;
     int32_t reserved9;
-    // The older layout (version word 9) ends here.
+    // The older layout (kOldestLayout) ends here.
     const void* reserved10;
     int32_t reserved11;
 };
 using REALproperty = REALpropertyRecord<>;
 inline constexpr size_t kOlderPropertySize = offsetof(REALproperty, reserved10);
+
+// The version words of class records. The oldest stands for the older layout, all later ones for the newer.
+inline constexpr int32_t kOldestLayout = 9;
+inline constexpr int32_t kNewestLayout = 12;
 
 // A class, or an extension of a host class. Each table comes with its count. The record is also
 // written: by the plug-in at start-up, and by the host, which stores the offset of the instance data.
@@ -108,7 +112,7 @@ struct REALclassDefinition {
     int32_t sharedPropertyCount;
     void* sharedMethods;
     int32_t sharedMethodCount;
-    // The older layout (version word 9) ends here.
+    // The older layout (kOldestLayout) ends here.
     void* table25;
     int32_t count26;
     void* table27;

@@ -18,7 +18,8 @@ struct StoredText {
 StoredText stored_text(REALstring string);
 
 // One host string, whose Mac OS Roman bytes are made on demand and live as long as the helper. A string
-// that cannot be read or converted has no bytes.
+// that cannot be read or converted has no bytes. Two steps, because only the second one can fail: until
+// ConvertMacRoman() has made the view, length() is -1, and failed() tells a failure from an empty text.
 class rbText {
  public:
     enum Reading {

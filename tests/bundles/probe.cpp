@@ -1,12 +1,13 @@
 // A bundle whose members are the services that the real bundle's members share, so that tests can call each
 // by itself, on any host.
+#include <cstring>
 #include <string>
 
 #include "plugin/block.h"
 #include "plugin/exceptions.h"
 #include "plugin/host.h"
+#include "plugin/registration/table_rows.h"
 #include "plugin/strings.h"
-#include "plugin/table_rows.h"
 
 namespace {
 
@@ -22,6 +23,14 @@ void raise(REALstring className, REALstring message, int32_t errorNumber) {
 }
 
 void raise_out_of_memory(int64_t size) { RaiseOutOfMemory(size); }
+
+// A block with a copy of bytes.
+REALmemoryBlock new_block(const uint8_t* bytes, int32_t count) {
+    const REALmemoryBlock block = allocate_block(count);
+    if (!block) return RaiseOutOfMemory(count), nullptr;
+    std::memcpy(block_data(block), bytes, size_t(count));
+    return block;
+}
 
 // The bytes and as many more behind them; nil when they cannot be had.
 REALmemoryBlock string_data(REALstring string, int32_t encoding, int32_t more) {

@@ -1,6 +1,6 @@
 // Rows of the member tables that must not compile, one for each way in which a declaration and its function
 // can disagree. ROW picks one; row 0 is right and must compile.
-#include "plugin/table_rows.h"
+#include "plugin/registration/table_rows.h"
 
 [[maybe_unused]] static int32_t count(REALmemoryBlock, int32_t, double) { return 0; }
 [[maybe_unused]] static void set_count(REALmemoryBlock, int32_t, double, int32_t) {}

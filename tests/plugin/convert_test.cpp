@@ -1,6 +1,6 @@
 // The older record layout, over tables of every kind. The bundle's own records use only two of them;
 // registration tests show those as the host receives them.
-#include "plugin/convert.h"
+#include "plugin/registration/convert.h"
 
 #include <gtest/gtest.h>
 

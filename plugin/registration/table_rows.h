@@ -5,7 +5,7 @@
 #include <type_traits>
 
 #include "plugin/records.h"
-#include "plugin/signature.h"
+#include "plugin/registration/signature.h"
 #include "plugin/text.h"
 
 inline constexpr uint32_t kClassAndMethodFlags = 4;

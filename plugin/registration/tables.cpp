@@ -1,8 +1,10 @@
 // The plug-in's table of contents: one line per member, its declaration in the host language beside the
 // function that the host calls, in the registered order.
-#include "plugin/tables.h"
+#include "plugin/registration/tables.h"
 
 #include "largeblock/memoryblockzor.h"
+#include "memoryblock/members.h"
+#include "plugin/registration/table_rows.h"
 
 using namespace memoryblock;
 using namespace largeblock;
@@ -85,12 +87,12 @@ constinit Table MemMethods{
 
 // clang-format on
 
-// A class record with the given properties and methods; all that is not said is nil or 0. The version word is
-// written at start-up.
+// A class record with these properties and methods and nothing else. The version word is written anew at
+// start-up.
 template <class Properties, class Methods>
 consteval REALclassDefinition class_record(const char* name, Properties& properties, Methods& methods) {
     REALclassDefinition record = {};
-    record.version = 12;
+    record.version = kNewestLayout;
     record.name = name;
     record.properties = &properties;
     record.propertyCount = Properties::kCount;
@@ -112,5 +114,7 @@ consteval REALclassDefinition large_block_record() {
 constinit REALclassDefinition memBlkClass =
     class_record("MemoryBlock", memBlkClassProperties, memoryblockMethods);
 constinit REALclassDefinition MemClass = large_block_record();
-constinit GlobalMethodRecord globalsMethods =
-    method_record<void, "NewMemoryBlockFromPtrZOR(ptr as integer) as memoryblock", newMemoryblockPtr>();
+
+struct GlobalMethod : REALmethodRecord<decltype(&newMemoryblockPtr)> {};
+constinit GlobalMethod globalsMethods{
+    method_record<void, "NewMemoryBlockFromPtrZOR(ptr as integer) as memoryblock", newMemoryblockPtr>()};

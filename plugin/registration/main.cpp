@@ -3,26 +3,26 @@
 #include <cstring>
 
 #include "kernels/levels.h"
-#include "plugin/convert.h"
+#include "largeblock/memoryblockzor.h"
 #include "plugin/host.h"
-#include "plugin/tables.h"
+#include "plugin/registration/convert.h"
+#include "plugin/registration/tables.h"
 
 namespace {
 
-constexpr int32_t kOlderLayout = 9;
 constexpr int32_t kInstanceDataAlignment = 16;  // bytes
 
 int32_t version_word(double hostVersion) {
-    if (hostVersion >= 2013.03) return 12;
+    if (hostVersion >= 2013.03) return kNewestLayout;
     if (hostVersion >= 2013.0) return 11;
     if (hostVersion >= 2012.0) return 10;
-    return kOlderLayout;
+    return kOldestLayout;
 }
 
 // Gives the record the version word and its layout. A record that already has the older layout keeps both.
 bool adapt(REALclassDefinition& definition) {
-    if (definition.version == kOlderLayout) return true;
-    if (CurrentREALControlVersion > kOlderLayout) {
+    if (definition.version == kOldestLayout) return true;
+    if (CurrentREALControlVersion > kOldestLayout) {
         definition.version = CurrentREALControlVersion;
         return true;
     }

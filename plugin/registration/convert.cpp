@@ -1,4 +1,4 @@
-#include "plugin/convert.h"
+#include "plugin/registration/convert.h"
 
 #include <cstdlib>
 #include <cstring>
