@@ -4,10 +4,6 @@
 
 #include "tests/support/bundle_test.h"
 
-using minihost::ObjectRef;
-using minihost::Options;
-using minihost::StringRef;
-using minihost::Value;
 using namespace std::string_literals;
 using namespace std::string_view_literals;
 
@@ -15,10 +11,8 @@ namespace {
 
 const uint32_t kUtf16 = *minihost::encoding_number("UTF-16");
 
-class AccessorsTest : public BundleTest {
+class AccessorsTest : public MemberTest {
  protected:
-    void SetUp() override { start(); }
-
     // A string that a member returned: its encoding and its bytes; nothing for nil.
     std::optional<std::pair<uint32_t, std::string>> string(const ObjectRef& block, const char* member,
                                                            std::vector<Value> arguments) {

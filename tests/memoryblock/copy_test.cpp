@@ -6,18 +6,12 @@
 
 #include "tests/support/bundle_test.h"
 
-using minihost::ObjectRef;
-using minihost::Pointer;
-
 namespace {
 
-class CopyTest : public BundleTest {
+class CopyTest : public MemberTest {
  protected:
-    void SetUp() override { start(); }
-
     // The bytes of `destination` after a copy that is made only if both ranges lie inside.
-    static std::vector<uint8_t> expected(const std::vector<uint8_t>& source, std::vector<uint8_t> destination,
-                                         int64_t from, int64_t count, int64_t to) {
+    static Bytes expected(const Bytes& source, Bytes destination, int64_t from, int64_t count, int64_t to) {
         const bool inside = count >= 0 && from >= 0 && to >= 0 && from + count <= int64_t(source.size()) &&
                             to + count <= int64_t(destination.size());
         if (inside && count > 0) {
@@ -27,22 +21,20 @@ class CopyTest : public BundleTest {
     }
 };
 
-// A page whose address fits the 32 bits in which handles travel.
+// A page at an address that fits the 32 bits in which handles travel.
 class LowPage {
  public:
-    LowPage() {
-#ifdef MAP_32BIT
-        const int flags = MAP_PRIVATE | MAP_ANONYMOUS | MAP_32BIT;
-#else
-        const int flags = MAP_PRIVATE | MAP_ANONYMOUS;
-#endif
-        page_ = mmap(nullptr, kSize, PROT_READ | PROT_WRITE, flags, -1, 0);
+    explicit LowPage(uintptr_t address) {
+        const int flags = MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED_NOREPLACE;
+        page_ = mmap(reinterpret_cast<void*>(address), kSize, PROT_READ | PROT_WRITE, flags, -1, 0);
     }
-    ~LowPage() { munmap(page_, kSize); }
+    ~LowPage() {
+        if (mapped()) munmap(page_, kSize);
+    }
     LowPage(const LowPage&) = delete;
     LowPage& operator=(const LowPage&) = delete;
 
-    bool low() const { return page_ != MAP_FAILED && uintptr_t(page_) <= UINT32_MAX; }
+    bool mapped() const { return page_ != MAP_FAILED; }
     int32_t handle() const { return int32_t(uint32_t(uintptr_t(page_))); }
     void set_master_pointer(void* data) { std::memcpy(page_, &data, sizeof data); }
 
@@ -61,7 +53,7 @@ TEST_F(CopyTest, RangesAreCopiedWholeOrNotAtAll) {
                     SCOPED_TRACE(testing::Message() << count << " bytes from " << from << " to " << to);
                     GuardedBytes first(9, side, random);
                     GuardedBytes second(12, side, random);
-                    const std::vector<uint8_t> source = first.copy();
+                    const Bytes source = first.copy();
                     const auto within = expected(source, source, from, count, to);
                     const auto across = expected(source, second.copy(), from, count, to);
                     call(view(first), "CopyBytesZOR", {from, count, view(second), to});
@@ -117,9 +109,13 @@ TEST_F(CopyTest, AddressesAreUsedFromTheirFirstByte) {
     }
 }
 
-TEST_F(CopyTest, HandlesAreReadAtTheTimeOfTheCall) {
-    LowPage page;
-    ASSERT_TRUE(page.low()) << "no memory below 4 GiB";
+class HandleTest : public MemberTest, public testing::WithParamInterface<uintptr_t> {};
+// The second one is negative as an Integer.
+INSTANTIATE_TEST_SUITE_P(Addresses, HandleTest, testing::Values(0x20000000, 0xB0000000));
+
+TEST_P(HandleTest, HandlesAreReadAtTheTimeOfTheCall) {
+    LowPage page(GetParam());
+    ASSERT_TRUE(page.mapped());
     const ObjectRef memory = block("abcdef");
     GuardedBytes first(hex("00 00 00"));
     GuardedBytes second(hex("01 02 03"));

@@ -1,15 +1,11 @@
 // Filling, inverting and byte order: which bytes each member changes.
-#include "tests/memoryblock/in_place.h"
+#include "tests/memoryblock/range_member.h"
 
 namespace {
 
 template <uint8_t Value>
 void fill(std::span<uint8_t> bytes, size_t first, size_t count) {
     std::ranges::fill(bytes.subspan(first, count), Value);
-}
-
-void invert(std::span<uint8_t> bytes, size_t first, size_t count) {
-    for (uint8_t& byte : bytes.subspan(first, count)) byte = uint8_t(~byte);
 }
 
 template <size_t Unit>
@@ -21,16 +17,19 @@ void swap_all(std::span<uint8_t> bytes, size_t first, size_t count) {
     std::ranges::reverse(bytes.subspan(first, count));
 }
 
-using FillTest = InPlaceTest;
+using FillTest = RangeTest;
 
 TEST_F(FillTest, MembersChangeThePartOfTheirRangeInsideTheBlock) {
-    check({"FillBytesZOR", {65}, 0, kNilBlock, 1, fill<65>});
-    check({"FillBytesZOR", {256}, 0, kNilBlock, 1, fill<0>});
-    check({"FillBytesZOR", {-1}, 0, kNilBlock, 1, fill<0xFF>});
-    check({"InvertBytesZOR", {}, kNoLength, "", 1, invert});
-    check({"SwapBytesZOR", {}, kNoLength, "", 1, swap_all});
-    check({"SwapBytes16ZOR", {}, kNoLength, "", 1, swap<2>});
-    check({"SwapBytes32ZOR", {}, kNoLength, "", 1, swap<4>});
+    check({.name = "FillBytesZOR", .after = {65}, .change = fill<65>, .negative = ""});
+    check({.name = "FillBytesZOR", .after = {256}, .change = fill<0>, .negative = ""});
+    check({.name = "FillBytesZOR", .after = {-1}, .change = fill<0xFF>, .negative = ""});
+    const auto quiet = [&](const char* name, auto change) {
+        check({.name = name, .change = change, .rest = kNoLength, .nil = "", .negative = ""});
+    };
+    quiet("InvertBytesZOR", each_unit(1, [](uint8_t* byte, size_t) { *byte = uint8_t(~*byte); }));
+    quiet("SwapBytesZOR", swap_all);
+    quiet("SwapBytes16ZOR", swap<2>);
+    quiet("SwapBytes32ZOR", swap<4>);
 }
 
 }  // namespace

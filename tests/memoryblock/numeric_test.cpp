@@ -4,73 +4,11 @@
 #include <cmath>
 #include <cstring>
 
-#include "tests/support/bundle_test.h"
-
-using minihost::Host;
-using minihost::ObjectRef;
-using minihost::Options;
-using minihost::Pointer;
-using minihost::Value;
+#include "tests/memoryblock/range_member.h"
 
 namespace {
 
-using Bytes = std::vector<uint8_t>;
-
-constexpr int32_t kBytes = 11;
-
-// A member that changes units of `unit` bytes in a range of its block.
-struct Member {
-    const char* name;
-    int32_t unit;
-    bool begun_units;           // whether a unit counts when only its first byte lies within the length
-    std::vector<Value> before;  // its arguments before the offset and the length,
-    std::vector<Value> after;   // and after them
-    Value result;
-    std::function<void(uint8_t* unit, size_t index)> change;  // the unit that is the `index`th of the range
-};
-
-class NumericTest : public BundleTest {
- protected:
-    void SetUp() override { start(); }
-
-    void check(const Member& member) {
-        Random random;
-        for (const int32_t offset : extremes(kBytes)) {
-            for (const int32_t length : extremes(kBytes)) {
-                for (const int32_t reported : {kBytes, 0, -1}) {
-                    SCOPED_TRACE(testing::Message()
-                                 << member.name << " at " << offset << ", " << length << " of " << reported);
-                    check(member, offset, length, reported, random);
-                }
-            }
-        }
-    }
-
- private:
-    void check(const Member& member, int32_t offset, int32_t length, int32_t reported, Random& random) {
-        int64_t end = length > 0 ? int64_t(offset) + length : std::max(reported, 0);
-        if (member.begun_units && end > offset) end = offset + (end - offset + 3) / 4 * 4;
-        // Where the size is unknown, a range that leaves the memory is the caller's fault.
-        if (reported <= 0 && offset >= 0 && end > kBytes) return;
-        GuardedBytes memory(kBytes, GuardedBytes::kEnd, random);
-        Bytes expected = memory.copy();
-        for (int64_t at = offset; at >= 0 && at + member.unit <= std::min<int64_t>(end, kBytes);
-             at += member.unit) {
-            member.change(expected.data() + at, size_t(at - offset) / size_t(member.unit));
-        }
-        std::vector<Value> arguments = member.before;
-        arguments.insert(arguments.end(), {offset, length});
-        arguments.insert(arguments.end(), member.after.begin(), member.after.end());
-        const auto raised_by = [&](const ObjectRef& self) {
-            return raised([&] { EXPECT_EQ(call(self, member.name, arguments), member.result); });
-        };
-        EXPECT_EQ(raised_by({}), kNilBlock);
-        const char* expected_text = offset < 0 ? kNegativeOffset : "";
-        EXPECT_EQ(raised_by(host().new_view(nullptr, reported)), expected_text);
-        EXPECT_EQ(raised_by(view(memory, reported)), expected_text);
-        EXPECT_TRUE(same_bytes(memory.bytes(), expected));
-    }
-};
+using NumericTest = RangeTest;
 
 template <class Number>
 Number number_at(const uint8_t* bytes) {
@@ -81,22 +19,19 @@ Number number_at(const uint8_t* bytes) {
 
 // The inputs are no longer than the block: what is cut of the block is not read of them either.
 template <class Integer>
-Member chosen(const char* name, const GuardedBytes& first, const GuardedBytes& second, bool larger) {
-    const std::vector<Value> arguments = {Pointer{const_cast<uint8_t*>(first.data())},
-                                          Pointer{const_cast<uint8_t*>(second.data())},
-                                          int32_t(8 * sizeof(Integer)), std::is_signed_v<Integer>};
-    return {name,
-            sizeof(Integer),
-            false,
-            arguments,
-            {},
-            true,
-            [&first, &second, larger](uint8_t* unit, size_t index) {
-                const uint8_t* a = first.data() + index * sizeof(Integer);
-                const uint8_t* b = second.data() + index * sizeof(Integer);
-                const bool less = number_at<Integer>(a) < number_at<Integer>(b);
-                std::memcpy(unit, less == larger ? b : a, sizeof(Integer));
-            }};
+RangeMember chosen(const char* name, const GuardedBytes& first, const GuardedBytes& second, bool larger) {
+    const auto choose = [&first, &second, larger](uint8_t* unit, size_t index) {
+        const uint8_t* a = first.data() + index * sizeof(Integer);
+        const uint8_t* b = second.data() + index * sizeof(Integer);
+        const bool less = number_at<Integer>(a) < number_at<Integer>(b);
+        std::memcpy(unit, less == larger ? b : a, sizeof(Integer));
+    };
+    return {
+        .name = name,
+        .before = {Pointer{const_cast<uint8_t*>(first.data())}, Pointer{const_cast<uint8_t*>(second.data())},
+                   int32_t(8 * sizeof(Integer)), std::is_signed_v<Integer>},
+        .change = each_unit(sizeof(Integer), choose),
+        .result = true};
 }
 
 TEST_F(NumericTest, WholeUnitsInsideTheBlockAreChanged) {
@@ -107,24 +42,24 @@ TEST_F(NumericTest, WholeUnitsInsideTheBlockAreChanged) {
     check(chosen<int16_t>("MaxZOR", first, second, true));
     check(chosen<uint32_t>("MaxZOR", first, second, true));
     check(chosen<int64_t>("MinZOR", first, second, false));
-    check({"MultiplyUInt8ZOR", 1, false, {1.5}, {}, {}, [](uint8_t* unit, size_t) {
-               *unit = uint8_t(std::min(255, *unit * 3 / 2));
-           }});
-    check({"MultiplyUInt16ZOR", 2, false, {0.5}, {}, {}, [](uint8_t* unit, size_t) {
-               unit[0] = uint8_t(unit[0] >> 1 | unit[1] << 7);
-               unit[1] >>= 1;
-           }});
-    check({"_Calc2te", 4, true, {300}, {true}, {}, [](uint8_t* group, size_t) {
-               group[3] = uint8_t(std::clamp(300 - group[0] - group[1] - group[2], 0, 255));
-           }});
+    const auto half_more = [](uint8_t* unit, size_t) { *unit = uint8_t(std::min(255, *unit * 3 / 2)); };
+    check({.name = "MultiplyUInt8ZOR", .before = {1.5}, .change = each_unit(1, half_more)});
+    const auto halve = [](uint8_t* unit, size_t) {
+        unit[0] = uint8_t(unit[0] >> 1 | unit[1] << 7);
+        unit[1] >>= 1;
+    };
+    check({.name = "MultiplyUInt16ZOR", .before = {0.5}, .change = each_unit(2, halve)});
+    const auto complete = [](uint8_t* group, size_t) {
+        group[3] = uint8_t(std::clamp(300 - group[0] - group[1] - group[2], 0, 255));
+    };
+    check(
+        {.name = "_Calc2te", .before = {300}, .after = {true}, .change = each_unit(4, complete), .group = 4});
     // Every byte lies between 0 and 200 times 2.
-    check({"_Calc3te",
-           4,
-           true,
-           {200, 200, 200, 200, 256, -1, 3, 0x104, 1.0},
-           {},
-           {},
-           [](uint8_t* group, size_t) { std::ranges::copy(hex("00 ff 03 04"), group); }});
+    const auto replace = [](uint8_t* group, size_t) { std::ranges::copy(hex("00 ff 03 04"), group); };
+    check({.name = "_Calc3te",
+           .before = {200, 200, 200, 200, 256, -1, 3, 0x104, 1.0},
+           .change = each_unit(4, replace),
+           .group = 4});
 }
 
 TEST_F(NumericTest, Examples) {
@@ -253,28 +188,32 @@ TEST_F(NumericTest, PairsAreCutToWholeOnesInsideTheBlocks) {
     }
 }
 
-// For the host's "memoryBlockGetPtr": notes how many references the block has while its bytes are asked for.
-int32_t references_seen = 0;
-void* noting_block_data(REALmemoryBlock block) {
-    references_seen = Host::current().references(block);
-    return Host::current().block_data(block);
+// For the host's "REALUnlockObject": notes a block's bytes at the moment it is given back.
+Bytes given_back;
+void noting_unlock(REALobject object) {
+    if (Host::current().is_a(object, "MemoryBlock")) {
+        const auto* data = static_cast<const uint8_t*>(Host::current().block_data(object));
+        given_back.assign(data, data + Host::current().block_size(object));
+    }
+    minihost::release(object);
 }
 
-TEST_F(NumericTest, BlocksAreHeldWhileTheirBytesAreUsed) {
-    start(Options{.replace = {{"memoryBlockGetPtr", reinterpret_cast<void*>(noting_block_data)}}});
-    const ObjectRef memory = block(Bytes(16));
-    const Value input = Pointer{host().block_data(memory.get())};
-    call(memory, "_CalcLogSweepTableZOR", {0, 1, 1, 8, 1.0});
-    const int32_t not_held = references_seen;
-    const std::pair<const char*, std::vector<Value>> calls[] = {{"MinZOR", {input, input, 7}},
+TEST_F(NumericTest, BlocksAreHeldUntilTheWorkIsDone) {
+    start(Options{.replace = {{"REALUnlockObject", reinterpret_cast<void*>(noting_unlock)}}});
+    Bytes zeros(16);
+    const Value input = Pointer{zeros.data()};
+    const std::pair<const char*, std::vector<Value>> calls[] = {{"MinZOR", {input, input}},
                                                                 {"MaxZOR", {input, input}},
-                                                                {"MultiplyUInt8ZOR", {1.0, 99}},
-                                                                {"MultiplyUInt16ZOR", {1.0}},
+                                                                {"MultiplyUInt8ZOR", {2.0}},
+                                                                {"MultiplyUInt16ZOR", {2.0}},
                                                                 {"_Calc2te", {}},
-                                                                {"_Calc3te", {0, 0, 0, 0, 0, 0, 0, 0, 0.0}}};
+                                                                {"_Calc3te", {5, 5, 5, 5, 9, 9, 9, 9, 0.0}}};
     for (const auto& [member, arguments] : calls) {
+        const ObjectRef memory = block(Bytes(16, 5));
+        given_back.clear();
         call(memory, member, arguments);
-        EXPECT_EQ(references_seen, not_held + 1) << member;
+        EXPECT_NE(bytes(memory), Bytes(16, 5)) << member;
+        EXPECT_EQ(given_back, bytes(memory)) << member;
     }
 }
 

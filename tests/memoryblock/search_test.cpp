@@ -6,20 +6,12 @@
 
 #include "tests/support/bundle_test.h"
 
-using minihost::ObjectRef;
-using minihost::Options;
-using minihost::StringRef;
-using minihost::Value;
 using namespace std::string_view_literals;
 
 namespace {
 
-using Bytes = std::vector<uint8_t>;
-
-class SearchTest : public BundleTest {
+class SearchTest : public MemberTest {
  protected:
-    void SetUp() override { start(); }
-
     int32_t find(const char* member, const ObjectRef& block, std::vector<Value> arguments) {
         return call_for<int32_t>(block, member, std::move(arguments));
     }

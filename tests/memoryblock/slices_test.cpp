@@ -3,15 +3,7 @@
 
 #include "tests/support/bundle_test.h"
 
-using minihost::Host;
-using minihost::ObjectRef;
-using minihost::Options;
-using minihost::Pointer;
-using minihost::Value;
-
 namespace {
-
-using Bytes = std::vector<uint8_t>;
 
 // For the host's "newMemoryBlock": a block that has a size but no data.
 REALmemoryBlock block_without_data(int32_t size) {
@@ -20,10 +12,8 @@ REALmemoryBlock block_without_data(int32_t size) {
     return static_cast<REALmemoryBlock>(result.get());
 }
 
-class SlicesTest : public BundleTest {
+class SlicesTest : public MemberTest {
  protected:
-    void SetUp() override { start(); }
-
     // The bytes of the block that a member returns; nothing for nil.
     std::optional<Bytes> slice(const ObjectRef& self, const char* member, std::vector<Value> arguments) {
         const auto result = call_for<ObjectRef>(self, member, std::move(arguments));

@@ -4,12 +4,8 @@
 
 #include "tests/support/bundle_test.h"
 
-using minihost::ObjectRef;
-using minihost::Value;
-
 namespace {
 
-using Bytes = std::vector<uint8_t>;
 using Numbers = std::vector<int32_t>;
 
 // The models walk piece by piece and bit by bit, and give nothing as soon as one lies outside. Whoever takes
@@ -42,10 +38,8 @@ std::optional<Bytes> gathered_bits(const Bytes& source, Bytes bytes, int64_t fro
     return bytes;
 }
 
-class StrideTest : public BundleTest {
+class StrideTest : public MemberTest {
  protected:
-    void SetUp() override { start(); }
-
     // Calls a gathering member with every choice of numbers for its five arguments.
     template <class Model>
     void sweep(const char* member, Model model, const std::array<Numbers, 5>& numbers) {
@@ -163,6 +157,16 @@ TEST_F(StrideTest, AnUnknownSizeLimitsNothing) {
         EXPECT_TRUE(call_for<bool>(from, "ExpandBitsZOR", {to, 5}));
         EXPECT_TRUE(same_bytes(destination.bytes().last(9), hex("00 00 00 00 00 00 00 00 ff")));
     }
+}
+
+TEST_F(StrideTest, BitsAreCountedIn64Bits) {
+    GuardedBytes source(hex("81 42 24"));
+    GuardedBytes destination(3);
+    const ObjectRef from = view(source, 0x20000001);
+    const ObjectRef to = view(destination, 0x20000001);
+    EXPECT_TRUE(call_for<bool>(to, "CopyNthBitsZOR", {from, 0, 0, 24, 0, 1}));
+    EXPECT_TRUE(same_bytes(destination.bytes(), source.bytes()));
+    EXPECT_FALSE(call_for<bool>(from, "ExpandBitsZOR", {view(destination), 0x20000000}));
 }
 
 TEST_F(StrideTest, ExpandBitsStaysInsideBothBlocks) {

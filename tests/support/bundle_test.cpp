@@ -2,11 +2,9 @@
 
 #include <cstdint>
 
-using minihost::Host;
-using minihost::ObjectRef;
-using minihost::Value;
+using minihost::Kind;
 
-void BundleTest::start(minihost::Options options, const std::filesystem::path& bundle) {
+void BundleTest::start(Options options, const std::filesystem::path& bundle) {
     stop();
     host_ = std::make_unique<Host>(std::move(options));
     host_->load(bundle);
@@ -21,7 +19,7 @@ void BundleTest::stop() {
 
 void BundleTest::TearDown() { stop(); }
 
-ObjectRef BundleTest::block(const std::vector<uint8_t>& bytes) {
+ObjectRef BundleTest::block(const Bytes& bytes) {
     return host_->new_block(std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
 }
 
@@ -31,7 +29,7 @@ ObjectRef BundleTest::view(GuardedBytes& bytes, int32_t reported_size) {
     return host_->new_view(bytes.data(), reported_size);
 }
 
-std::vector<uint8_t> BundleTest::bytes(const ObjectRef& block) {
+Bytes BundleTest::bytes(const ObjectRef& block) {
     if (!block) return {};
     const auto* data = static_cast<const uint8_t*>(host_->block_data(block.get()));
     return {data, data + host_->block_size(block.get())};
@@ -51,6 +49,38 @@ void BundleTest::assign(const ObjectRef& self, std::string_view name, std::vecto
                         const Value& value) {
     if (!self) return host_->assign_on_nil("MemoryBlock", name, arguments, value);
     host_->assign(self.get(), name, arguments, value);
+}
+
+std::vector<Value> MemberTest::arguments_for(const minihost::Method& method, const ObjectRef& block,
+                                             int32_t number) {
+    std::vector<Value> arguments;
+    for (const minihost::Parameter& parameter : method.declaration.parameters) {
+        const bool is_block = parameter.type.class_name == "MemoryBlock";
+        switch (parameter.type.kind) {
+            case Kind::Integer:
+                arguments.emplace_back(number);
+                break;
+            case Kind::Int64:
+                arguments.emplace_back(int64_t{number});
+                break;
+            case Kind::Double:
+                arguments.emplace_back(1.5);
+                break;
+            case Kind::Boolean:
+                arguments.emplace_back(true);
+                break;
+            case Kind::Ptr:
+                arguments.emplace_back(Pointer{host().block_data(block.get())});
+                break;
+            case Kind::String:
+                arguments.emplace_back(text("text"));
+                break;
+            default:
+                arguments.emplace_back(is_block ? block : ObjectRef());
+        }
+        if (parameter.default_value) arguments.back() = *parameter.default_value;
+    }
+    return arguments;
 }
 
 std::vector<int32_t> extremes(int32_t size) {

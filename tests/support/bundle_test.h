@@ -14,43 +14,48 @@
 #include "minihost/library/host.h"
 #include "tests/support/guarded.h"
 
+using minihost::Host;
+using minihost::ObjectRef;
+using minihost::Options;
+using minihost::Pointer;
+using minihost::StringRef;
+using minihost::Value;
+using Bytes = std::vector<uint8_t>;
+
 // A test with a host and a bundle. At its end no reference may be open and no fault recorded.
 class BundleTest : public testing::Test {
  protected:
     // Starts a host and loads a bundle; ends the one before.
-    void start(minihost::Options options = {}, const std::filesystem::path& bundle = MINIHOST_BUNDLE);
+    void start(Options options = {}, const std::filesystem::path& bundle = MINIHOST_BUNDLE);
     // Ends the host after checking its accounts.
     void stop();
     void TearDown() override;
 
-    minihost::Host& host() { return *host_; }
+    Host& host() { return *host_; }
 
-    minihost::ObjectRef block(std::string_view bytes) { return host_->new_block(bytes); }
-    minihost::ObjectRef block(const std::vector<uint8_t>& bytes);
+    ObjectRef block(std::string_view bytes) { return host_->new_block(bytes); }
+    ObjectRef block(const Bytes& bytes);
     // A view of guarded bytes that reports their size, or another one.
-    minihost::ObjectRef view(GuardedBytes& bytes);
-    minihost::ObjectRef view(GuardedBytes& bytes, int32_t reported_size);
-    std::vector<uint8_t> bytes(const minihost::ObjectRef& block);
+    ObjectRef view(GuardedBytes& bytes);
+    ObjectRef view(GuardedBytes& bytes, int32_t reported_size);
+    Bytes bytes(const ObjectRef& block);
 
-    minihost::StringRef text(std::string_view bytes, uint32_t encoding = kTextEncodingUnknown) {
+    StringRef text(std::string_view bytes, uint32_t encoding = kTextEncodingUnknown) {
         return host_->new_string(bytes, encoding);
     }
 
     // Calls a member of an object; a nil object stands for a nil MemoryBlock.
-    minihost::Value call(const minihost::ObjectRef& self, std::string_view name,
-                         std::vector<minihost::Value> arguments = {});
-    minihost::Value get(const minihost::ObjectRef& self, std::string_view property);
-    void assign(const minihost::ObjectRef& self, std::string_view name,
-                std::vector<minihost::Value> arguments, const minihost::Value& value);
+    Value call(const ObjectRef& self, std::string_view name, std::vector<Value> arguments = {});
+    Value get(const ObjectRef& self, std::string_view property);
+    void assign(const ObjectRef& self, std::string_view name, std::vector<Value> arguments,
+                const Value& value);
 
     // The same, for the result that is expected.
     template <class Result>
-    Result call_for(const minihost::ObjectRef& self, std::string_view name,
-                    std::vector<minihost::Value> arguments = {}) {
-        const minihost::Value value = call(self, name, std::move(arguments));
+    Result call_for(const ObjectRef& self, std::string_view name, std::vector<Value> arguments = {}) {
+        const Value value = call(self, name, std::move(arguments));
         if (const auto* result = std::get_if<Result>(&value)) return *result;
-        if constexpr (std::is_same_v<Result, minihost::ObjectRef> ||
-                      std::is_same_v<Result, minihost::StringRef>) {
+        if constexpr (std::is_same_v<Result, ObjectRef> || std::is_same_v<Result, StringRef>) {
             if (std::holds_alternative<std::monostate>(value)) return {};
         }
         ADD_FAILURE() << name << " returned a value of another type";
@@ -70,7 +75,17 @@ class BundleTest : public testing::Test {
     }
 
  private:
-    std::unique_ptr<minihost::Host> host_;
+    std::unique_ptr<Host> host_;
+};
+
+// A test of the bundle's members on an ordinary host.
+class MemberTest : public BundleTest {
+ protected:
+    void SetUp() override { start(); }
+
+    // For every declared parameter without a default a value of its type: numbers are `number`, blocks and
+    // addresses those of `block`.
+    std::vector<Value> arguments_for(const minihost::Method& method, const ObjectRef& block, int32_t number);
 };
 
 inline const uint32_t kUtf8 = *minihost::encoding_number("UTF-8");

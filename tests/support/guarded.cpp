@@ -6,12 +6,21 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <map>
 #include <string>
 #include <system_error>
 
 namespace {
 
 constexpr uint8_t kPattern = 0xA5;
+
+// Mappings of this size and below are kept for the next bytes that need as many pages.
+constexpr size_t kKept = 1 << 16;
+
+std::vector<uint8_t*>& kept(size_t accessible) {
+    static std::map<size_t, std::vector<uint8_t*>> mappings;
+    return mappings[accessible];
+}
 
 size_t page_size() { return size_t(sysconf(_SC_PAGESIZE)); }
 
@@ -21,17 +30,42 @@ std::string two_digits(uint8_t byte) {
     return text;
 }
 
+// Zeroed pages between two that cannot be touched.
+uint8_t* map_guarded(size_t accessible) {
+    const size_t page = page_size();
+    void* pages =
+        mmap(nullptr, accessible + 2 * page, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    if (pages == MAP_FAILED) throw std::system_error(errno, std::generic_category(), "guarded memory");
+    uint8_t* first = static_cast<uint8_t*>(pages) + page;
+    if (mprotect(first, accessible, PROT_READ | PROT_WRITE) != 0) {
+        throw std::system_error(errno, std::generic_category(), "guarded memory");
+    }
+    return first;
+}
+
+uint32_t seed_of_run() {
+    static const uint32_t number = [] {
+        const auto given = uint32_t(std::max(1, GTEST_FLAG_GET(random_seed)));
+        std::printf("Random numbers: --gtest_random_seed=%u\n", given);
+        return given;
+    }();
+    return number;
+}
+
 }  // namespace
+
+Random::Random() : std::minstd_rand(seed_of_run()) {}
 
 GuardedBytes::GuardedBytes(size_t size, Side side) : size_(size) {
     const size_t page = page_size();
     accessible_ = std::max<size_t>(1, (size + page - 1) / page) * page;
-    void* pages =
-        mmap(nullptr, accessible_ + 2 * page, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-    if (pages == MAP_FAILED) throw std::system_error(errno, std::generic_category(), "guarded memory");
-    pages_ = static_cast<uint8_t*>(pages) + page;
-    if (mprotect(pages_, accessible_, PROT_READ | PROT_WRITE) != 0) {
-        throw std::system_error(errno, std::generic_category(), "guarded memory");
+    std::vector<uint8_t*>& mappings = kept(accessible_);
+    if (mappings.empty()) {
+        pages_ = map_guarded(accessible_);
+    } else {
+        pages_ = mappings.back();
+        mappings.pop_back();
+        std::fill(pages_, pages_ + accessible_, uint8_t(0));
     }
     data_ = side == kStart ? pages_ : pages_ + accessible_ - size;
     std::fill(pages_, data_, kPattern);
@@ -46,7 +80,13 @@ GuardedBytes::GuardedBytes(const std::vector<uint8_t>& bytes, Side side) : Guard
     std::ranges::copy(bytes, data_);
 }
 
-GuardedBytes::~GuardedBytes() { munmap(pages_ - page_size(), accessible_ + 2 * page_size()); }
+GuardedBytes::~GuardedBytes() {
+    if (accessible_ <= kKept) {
+        kept(accessible_).push_back(pages_);
+    } else {
+        munmap(pages_ - page_size(), accessible_ + 2 * page_size());
+    }
+}
 
 testing::AssertionResult GuardedBytes::untouched_around() const {
     for (const uint8_t* at = pages_; at < pages_ + accessible_; ++at) {

@@ -10,8 +10,11 @@
 #include <string_view>
 #include <vector>
 
-// The same numbers at every run.
-using Random = std::minstd_rand;
+// Numbers from the seed of the run: --gtest_random_seed, or 1, so that runs without it are all the same. The
+// first one that is made prints the seed.
+struct Random : std::minstd_rand {
+    Random();
+};
 
 // A number from `first` to `last`.
 template <class Number>
