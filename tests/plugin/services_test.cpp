@@ -5,10 +5,6 @@
 #include "tests/support/bundle_test.h"
 
 using minihost::HostException;
-using minihost::ObjectRef;
-using minihost::Options;
-using minihost::StringRef;
-using minihost::Value;
 
 namespace {
 

@@ -5,9 +5,6 @@
 
 using minihost::Kind;
 using minihost::Method;
-using minihost::ObjectRef;
-using minihost::StringRef;
-using minihost::Value;
 
 // Calls `function` with `count` words as its arguments, on a stack that is `shift` bytes below a multiple
 // of 16. Returns the low word of the result.
@@ -37,29 +34,8 @@ call_on_shifted_stack:
 
 namespace {
 
-class StackTest : public BundleTest {
+class StackTest : public MemberTest {
  protected:
-    void SetUp() override { start(); }
-
-    // A value of each type with which members do some work on blocks of kSize bytes.
-    Value argument(const minihost::Parameter& parameter) {
-        if (parameter.default_value) return *parameter.default_value;
-        switch (parameter.type.kind) {
-            case Kind::Integer:
-                return 100;
-            case Kind::Int64:
-                return int64_t{100};
-            case Kind::Double:
-                return 1.5;
-            case Kind::Ptr:
-                return minihost::Pointer{host().block_data(other_.get())};
-            case Kind::String:
-                return text_;
-            default:
-                return parameter.type.class_name == "MemoryBlock" ? Value(other_) : Value(ObjectRef());
-        }
-    }
-
     static void push(std::vector<uint32_t>& words, const Value& value) {
         const auto append = [&](const auto& number) {
             uint32_t halves[2] = {};
@@ -77,20 +53,16 @@ class StackTest : public BundleTest {
     }
 
     static constexpr int32_t kSize = 1000;
-    ObjectRef other_;
-    StringRef text_;
 };
 
 TEST_F(StackTest, EveryMemberRunsOnAStackOfAnyAlignment) {
     std::vector<uint8_t> filled(kSize);
     Random random;
     for (uint8_t& byte : filled) byte = uint8_t(random() >> 8);
-    other_ = block(filled);
-    text_ = host().new_string("text", kTextEncodingUS_ASCII);
+    const ObjectRef other = block(filled);
     for (const Method& method : host().find_class("MemoryBlock")->methods) {
         if (method.declaration.text.find("Handle") != std::string::npos) continue;
-        std::vector<Value> arguments;
-        for (const auto& parameter : method.declaration.parameters) arguments.push_back(argument(parameter));
+        const std::vector<Value> arguments = arguments_for(method, other, 100);
         const ObjectRef expected = block(filled);
         call(expected, method.declaration.name, arguments);
         for (const uint32_t shift : {0u, 4u, 8u, 12u}) {
@@ -109,8 +81,6 @@ TEST_F(StackTest, EveryMemberRunsOnAStackOfAnyAlignment) {
             EXPECT_TRUE(same_bytes(bytes(changed), bytes(expected)));
         }
     }
-    other_ = {};
-    text_ = {};
 }
 
 }  // namespace
