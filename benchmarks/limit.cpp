@@ -93,29 +93,31 @@ void combine(uint8_t* destination, const uint8_t* first, const uint8_t* second, 
     });
 }
 
-void transfer(uint8_t* destination, size_t stored, const uint8_t* source, size_t loaded) {
-    const uint8_t* at = source;
-    const uint8_t* const last = source + loaded;
-    size_t credit = 0;
-    cover<LANES>(uintptr_t(destination), stored, [&](auto access, size_t i) {
-        typename decltype(access)::Lane lanes = {};
-        constexpr size_t kLanes = sizeof lanes;
-        for (credit += loaded; credit >= stored && size_t(last - at) >= kLanes; credit -= stored) {
-            lanes ^= access.load(at);
-            at += kLanes;
-        }
-        access.store(destination + i, lanes);
-    });
+void copy(uint8_t* destination, const uint8_t* source, size_t n) {
+    cover<LANES>(uintptr_t(destination), n,
+                 [=](auto access, size_t i) { access.store(destination + i, access.load(source + i)); });
 }
 
-void scale16(uint8_t* samples, size_t bytes, double factor) {
-    for (size_t i = 0; i < bytes / 2; ++i) {
-        uint16_t sample;
-        std::memcpy(&sample, samples + 2 * i, 2);
-        const double product = sample * factor;
-        sample = uint16_t(int32_t(product < 65535 ? product : 65535));
-        std::memcpy(samples + 2 * i, &sample, 2);
+void transfer_little(uint8_t* destination, size_t stored, const uint8_t* source, size_t loaded) {
+    read(source, loaded);
+    write(destination, stored);
+}
+
+// Eight vectors stored a round, and between them as many loaded as it takes to reach the end of both
+// together.
+void transfer(uint8_t* destination, size_t stored, const uint8_t* source, size_t loaded) {
+    using Wide = Access<LANES>;
+    constexpr size_t kRound = 8 * LANES;
+    if (loaded == stored) return copy(destination, source, stored);
+    if (stored < kRound) return transfer_little(destination, stored, source, loaded);
+    const size_t loads = (8 * loaded + stored / 2) / stored;
+    const uint8_t* const last = source + loaded - LANES;
+    for (size_t i = 0; i + kRound <= stored; i += kRound) {
+        Wide::Lane lanes = {};
+        for (size_t k = 0; k < loads && source <= last; ++k, source += LANES) lanes = Wide::load(source);
+        for (size_t k = 0; k < 8; ++k) Wide::store(destination + i + k * LANES, lanes);
     }
+    Wide::store(destination + stored - LANES, Wide::load(last));
 }
 
 bool runs_here() {
@@ -131,17 +133,18 @@ bool runs_here() {
 }  // namespace
 
 extern const Limit LIMIT;
-const Limit LIMIT = {LANES == 64   ? "limit, 64-byte vectors"
-                     : LANES == 32 ? "limit, 32-byte vectors"
-                                   : "limit, 16-byte vectors",
-                     runs_here,
-                     read,
-                     read_two,
-                     write,
-                     update,
-                     update_mirrored,
-                     combine,
-                     transfer,
-                     scale16};
+const Limit LIMIT = {
+    .name = LANES == 64   ? "limit, 64-byte vectors"
+            : LANES == 32 ? "limit, 32-byte vectors"
+                          : "limit, 16-byte vectors",
+    .runs_here = runs_here,
+    .read = read,
+    .read_two = read_two,
+    .write = write,
+    .update = update,
+    .update_mirrored = update_mirrored,
+    .combine = combine,
+    .transfer = transfer,
+};
 
 }  // namespace bench

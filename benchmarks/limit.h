@@ -19,8 +19,6 @@ struct Limit {
     void (*combine)(uint8_t* destination, const uint8_t* first, const uint8_t* second, size_t n);
     // Loads all of the source while it stores all of the destination.
     void (*transfer)(uint8_t* destination, size_t stored, const uint8_t* source, size_t loaded);
-    // Samples times a factor, truncated and saturated: the rule as a loop that the compiler makes vectors of.
-    void (*scale16)(uint8_t* samples, size_t bytes, double factor);
 };
 
 // Those that this machine can run.

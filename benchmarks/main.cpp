@@ -141,7 +141,7 @@ bool run(const Row& row, size_t size, bool misaligned, const Setting& setting, c
                               (misaligned ? ", misaligned" : "");
     const bool right = leave_out_wrong_ones(measured, title);
     if (options.check_only || !right) return right;
-    const Effort effort = options.full ? Effort{100e-6, 31, 2} : Effort{20e-6, 15, 0.25};
+    const Effort effort = options.full ? Effort{100e-6, 31, 2} : Effort{50e-6, 15, 0.25};
     print_case(row, misaligned, measured, measure(measured, effort));
     return true;
 }

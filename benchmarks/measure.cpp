@@ -1,16 +1,24 @@
 #include "benchmarks/measure.h"
 
 #include <algorithm>
-#include <chrono>
-#include <cstring>
+#include <ctime>
 
 namespace bench {
 namespace {
 
+constexpr int kLeastRounds = 3;
+
+// The processor's time that this thread had: on a machine with other work to do, its turns do not count.
+double now() {
+    timespec time = {};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return double(time.tv_sec) + 1e-9 * double(time.tv_nsec);
+}
+
 double seconds(const Contender& contender, size_t times) {
-    const auto start = std::chrono::steady_clock::now();
+    const double start = now();
     contender.repeat(times);
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    return now() - start;
 }
 
 // How many calls fill a sample. The first ones also bring the bytes into the caches.
@@ -61,7 +69,7 @@ std::vector<Time> measure(Case& measured, const Effort& effort) {
     std::vector<std::vector<double>> samples(contenders.size());
     std::vector<std::vector<double>> ratios(contenders.size());
     double spent = 0;
-    for (int round = 0; round < effort.rounds && (round < 5 || spent < effort.most); ++round) {
+    for (int round = 0; round < effort.rounds && (round < kLeastRounds || spent < effort.most); ++round) {
         for (size_t i = 0; i < contenders.size(); ++i) {
             const double taken = seconds(contenders[i], calls[i]);
             spent += taken;

@@ -19,7 +19,8 @@ std::vector<Wrong> check(Case& measured);
 struct Effort {
     double sample;  // seconds that one sample of one contender takes at least
     int rounds;     // samples of each contender
-    double most;  // seconds for a case, after which no further round starts, unless there are fewer than five
+    double
+        most;  // seconds for a case, after which no further round starts, unless there are fewer than three
 };
 
 struct Time {

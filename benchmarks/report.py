@@ -81,10 +81,10 @@ class Case:
             return Goal(f"at most {most} instructions", counted, counted <= most if counted else None)
         if goal["gigabytes"]:
             speed = self.speed(self.bundle)
-            return Goal(f"{goal['gigabytes']} GB/s", digits(speed), speed >= goal["gigabytes"])
+            return Goal(f"at least {goal['gigabytes']} GB/s", digits(speed), speed >= goal["gigabytes"])
         named = self.fastest([c for c in self.contenders if c["name"] in goal["of"]])
         who = next((c for c in self.contenders if c["name"] == goal["who"]), None)
-        least = digits(goal["least"])
+        least = f"{round(goal['least'], 2):g}"
         if not named or not who:
             return Goal(f"{least} of {goal['of'][0].split(',')[0]}")
         figure = round(named["ratio"] / who["ratio"], 2)
@@ -154,7 +154,8 @@ def machine(header):
                        for name in ("L1d", "L2", "L3") if name + " cache" in facts)
     commit = output_of("git", "describe", "--always", "--dirty", "--exclude=*")
     packages = ["libc6", "librust-memchr-dev", "libisal-dev", "libvolk2-dev", "libsleef-dev", "libopencv-core-dev"]
-    versions = output_of("dpkg-query", "--show", "--showformat=${Package} ${Version}, ", *packages).rstrip(", ")
+    installed = output_of("dpkg-query", "--show", "--showformat=${Package} ${Version}\n", *packages)
+    versions = ", ".join(dict.fromkeys(installed.splitlines()))  # a library may be there for two architectures
     zilla = "build/peers/node_modules/stringzilla/package.json"
     if os.path.exists(zilla):
         with open(zilla, encoding="utf-8") as file:
@@ -236,7 +237,7 @@ def chart(cases, title, file):
 
     for index, (name, row) in enumerate(list(rows.items())[:len(COLOURS)]):
         colour = f"lc rgb '{COLOURS[index]}'"
-        line([(c.size, c.speed(c.bundle)) for c in row], f"lw 2 {colour}", name.replace("_", "\\\\_"))
+        line([(c.size, c.speed(c.bundle)) for c in row], f"lw 2 {colour}", name)
         peers = [(c.size, c.speed(c.best_peer)) for c in row if c.best_peer]
         if peers:
             line(peers, f"lw 1 dt 2 {colour}", "")
@@ -249,7 +250,7 @@ def chart(cases, title, file):
         line(sorted(limits.items()), "lw 1 dt 3 lc rgb 'black'", "limit")
     ticks = ", ".join(f"'{size_text(4 ** k)}' {4 ** k}" for k in range(2, 15))
     script = "\n".join(blocks) + f"""
-set terminal svg size 900,480 font 'sans-serif,13' background 'white'
+set terminal svg noenhanced size 900,480 font 'sans-serif,13' background 'white'
 set output '{file}'
 set title '{title}'
 set logscale x 2

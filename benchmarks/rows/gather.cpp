@@ -1,8 +1,7 @@
 // Gathering pieces of bytes and of bits, and expanding bits. Sizes are those of what is stored.
-#include <bit>
 #include <cstring>
 
-#include "benchmarks/rows/gather_passes.h"
+#include "benchmarks/passes.h"
 #include "benchmarks/rows/goals.h"
 
 namespace bench {

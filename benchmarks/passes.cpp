@@ -1,4 +1,4 @@
-#include "benchmarks/rows/gather_passes.h"
+#include "benchmarks/passes.h"
 
 #include <cstring>
 
@@ -68,15 +68,46 @@ void store_big_endian(uint8_t* bytes, uint64_t word) {
     if (count > 0) store_big_endian(destination, pending << (64 - count));
 }
 
+[[gnu::target("avx2")]] void scale16_in_256_bits(uint8_t* samples, size_t n, double factor) {
+    const __m256d factors = _mm256_set1_pd(factor);
+    const __m256d most = _mm256_set1_pd(65535);
+    for (size_t i = 0; i + 8 <= n; i += 8) {
+        auto* const at = reinterpret_cast<__m128i*>(samples + 2 * i);
+        const __m256i wide = _mm256_cvtepu16_epi32(_mm_loadu_si128(at));
+        const __m256d low = _mm256_cvtepi32_pd(_mm256_castsi256_si128(wide));
+        const __m256d high = _mm256_cvtepi32_pd(_mm256_extracti128_si256(wide, 1));
+        _mm_storeu_si128(
+            at, _mm_packus_epi32(_mm256_cvttpd_epi32(_mm256_min_pd(_mm256_mul_pd(low, factors), most)),
+                                 _mm256_cvttpd_epi32(_mm256_min_pd(_mm256_mul_pd(high, factors), most))));
+    }
+}
+
+[[gnu::target("avx512f")]] void scale16_in_512_bits(uint8_t* samples, size_t n, double factor) {
+    const __m512d factors = _mm512_set1_pd(factor);
+    const __m512d most = _mm512_set1_pd(65535);
+    for (size_t i = 0; i + 8 <= n; i += 8) {
+        auto* const at = reinterpret_cast<__m128i*>(samples + 2 * i);
+        const __m512d eight = _mm512_cvtepi32_pd(_mm256_cvtepu16_epi32(_mm_loadu_si128(at)));
+        const __m256i scaled = _mm512_cvttpd_epi32(_mm512_min_pd(_mm512_mul_pd(eight, factors), most));
+        _mm_storeu_si128(
+            at, _mm_packus_epi32(_mm256_castsi256_si128(scaled), _mm256_extracti128_si256(scaled, 1)));
+    }
+}
+
 }  // namespace
 
 GatherPass* gather_pass() { return __builtin_cpu_supports("avx512vbmi") ? gather_by_shuffles : nullptr; }
 GatherPass* pext_pass() { return __builtin_cpu_supports("bmi2") ? gather_by_pext : nullptr; }
+ScalePass* scale16_pass() {
+    if (__builtin_cpu_supports("avx512f")) return scale16_in_512_bits;
+    return __builtin_cpu_supports("avx2") ? scale16_in_256_bits : nullptr;
+}
 
 #else
 
 GatherPass* gather_pass() { return nullptr; }
 GatherPass* pext_pass() { return nullptr; }
+ScalePass* scale16_pass() { return nullptr; }
 
 #endif
 
