@@ -32,5 +32,6 @@ Declaration parse_declaration(std::string_view text);
 
 // A type by its name in any capitalisation; a name that is no built-in type is a class.
 Type parse_type(std::string_view name);
+std::vector<std::string> built_in_type_names();
 
 }  // namespace minihost

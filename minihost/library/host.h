@@ -100,8 +100,8 @@ class Host {
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;
 
-    static Host& current();                       // the Host that lives now
-    static bool knows_key(std::string_view key);  // unless the options say otherwise
+    static Host& current();                  // the Host that lives now
+    static std::vector<std::string> keys();  // that the host knows unless the options say otherwise
 
     // Loads a bundle and calls its entry point. Throws LoadError for a file that is no bundle, lacks
     // the entry point, or registers records that the host cannot read.

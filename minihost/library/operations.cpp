@@ -216,6 +216,10 @@ void* Host::State::resolve(std::string_view key) {
     return found == std::end(kOperations) ? nullptr : found->function;
 }
 
-bool Host::knows_key(std::string_view key) { return find_operation(key) != std::end(kOperations); }
+std::vector<std::string> Host::keys() {
+    std::vector<std::string> keys;
+    for (const Operation& operation : kOperations) keys.emplace_back(operation.key);
+    return keys;
+}
 
 }  // namespace minihost

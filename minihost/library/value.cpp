@@ -56,6 +56,12 @@ Type parse_type(std::string_view name) {
     return {Kind::Object, std::string(name)};
 }
 
+std::vector<std::string> built_in_type_names() {
+    std::vector<std::string> names;
+    for (const NamedKind& named : kKinds) names.emplace_back(named.name);
+    return names;
+}
+
 std::optional<Value> convert_scalar(const Value& value, Kind kind) {
     return std::visit(
         [&](const auto& from) -> std::optional<Value> {

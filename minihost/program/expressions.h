@@ -9,6 +9,7 @@
 #include "minihost/program/functions.h"
 #include "minihost/program/lexer.h"
 #include "minihost/program/runtime.h"
+#include "minihost/program/words.h"
 
 namespace minihost {
 
@@ -25,9 +26,9 @@ struct Expression {
 Expression constant(Position at, const Type& type, const Value& value);
 Expression text_constant(const Token& token);
 Expression variable(Position at, const Type& type, size_t slot);
-// `-` or `Not`.
-Expression unary(const Token& op, const Expression& operand);
-Expression binary(const Token& op, const Expression& left, const Expression& right);
+// `sign` is the token that stands for the operator.
+Expression unary(const Token& sign, Op op, const Expression& operand);
+Expression binary(const Token& sign, Op op, const Expression& left, const Expression& right);
 // Calls the overload that fits the arguments best; `self` is nil for functions.
 Expression call(Host& host, const Token& name, const std::vector<Callable>& overloads, const Expression* self,
                 const std::vector<Expression>& arguments);

@@ -93,7 +93,7 @@ std::vector<Callable> find_members(Host& host, std::string_view class_name, std:
 
 std::vector<Callable> find_constructors(Host& host, std::string_view class_name) {
     std::vector<Callable> found;
-    add_built_ins(found, "New", class_name);
+    add_built_ins(found, kConstructor, class_name);
     const Class* type = host.find_class(class_name);
     if (found.empty() && type) {
         found.push_back({{"", type->name, {}, object_type(type->name)},

@@ -18,8 +18,11 @@ struct Callable {
 
     Declaration declaration;
     Function get;
-    Function set = {};  // takes the assigned value behind the arguments; empty where nothing can be assigned
+    Function set = {};  // takes the assigned value after the arguments; empty where nothing can be assigned
 };
+
+// Stands for the owner of what New calls.
+inline constexpr const char* kConstructor = "New";
 
 // The overloads of a name; none for a name that there is not.
 std::vector<Callable> find_functions(Host& host, std::string_view name);
@@ -30,9 +33,9 @@ std::vector<Callable> find_constructors(Host& host, std::string_view class_name)
 std::vector<std::string> function_names(Host& host);
 std::vector<std::string> member_names(Host& host, std::string_view class_name = {});
 
-// The declarations of what the language brings along, functions first, each with its class.
+// What the language brings along, functions first.
 struct BuiltIn {
-    std::string owner;  // empty for functions
+    std::string owner;  // a class, kConstructor, or empty for functions
     Callable callable;
 };
 const std::vector<BuiltIn>& built_ins();

@@ -35,6 +35,7 @@ class Lexer {
     }
 
     std::vector<Token> run() {
+        if (text_.starts_with("#!")) skip_comment();
         while (at_ < text_.size()) next();
         add(Kind::LineEnd, 0);
         add(Kind::End, 0);
@@ -109,9 +110,9 @@ class Lexer {
         at_ += length_while(is_blank);
         if (peek() == '\'' || (peek() == '/' && peek(1) == '/')) skip_comment();
         if (at_ < text_.size() && peek() != '\n')
-            fail("expected the end of the line behind \"_\", found " + character());
+            fail("expected the end of the line after \"_\", found " + character());
         if (at_ + 1 >= text_.size())
-            throw IncompleteScript(start, "expected a line behind \"_\", found end of the script");
+            throw IncompleteScript(start, "expected a line after \"_\", found end of the script");
         start_line();
     }
 

@@ -19,8 +19,8 @@ struct Token {
     Value number = {};  // of a number: int32_t, int64_t, uint64_t or double
 };
 
-// The tokens of `text`, with a LineEnd behind the last statement and an End behind that. Comments and
-// continued lines are gone. Throws ScriptError.
+// The tokens of `text`, with a LineEnd after the last statement and an End after that. Comments, a first line
+// that names an interpreter (#!), and continued lines are gone. Throws ScriptError.
 std::vector<Token> tokenize(std::string_view text);
 
 // What an error message calls a token, such as `"Then"` or `end of line`.

@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
@@ -10,6 +11,7 @@
 #include <iostream>
 #include <optional>
 
+#include "minihost/program/files.h"
 #include "minihost/program/help.h"
 #include "minihost/program/names.h"
 #include "minihost/program/prompt.h"
@@ -31,6 +33,7 @@ struct CommandLine {
     std::vector<std::string> rest;  // script and arguments
 };
 
+// The command line is wrong; an empty text says that the user knows already.
 struct UsageError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
@@ -45,25 +48,28 @@ fs::path default_bundle() {
                : (folder / MINIHOST_BUNDLE_FOLDER / MINIHOST_BUNDLE_NAME).lexically_normal();
 }
 
+std::optional<double> host_version(const std::string& text) {
+    if (text == "none") return std::nullopt;
+    double version = 0;
+    const char* end = text.data() + text.size();
+    const auto read = std::from_chars(text.data(), end, version);
+    if (read.ec != std::errc() || read.ptr != end || !std::isfinite(version) || version <= 0) {
+        throw UsageError("--host-version takes a number above 0 or none, found " + minihost::in_quotes(text));
+    }
+    return version;
+}
+
 minihost::Options host_options(const CommandLine& line) {
     minihost::Options options;
-    options.without.insert(line.without.begin(), line.without.end());
+    const std::vector<std::string> keys = minihost::Host::keys();
     for (const std::string& key : line.without) {
-        if (!minihost::Host::knows_key(key))
-            throw UsageError("--without takes a key of the host, found " + minihost::in_quotes(key));
-    }
-    if (line.host_version == "none") {
-        options.version.reset();
-    } else if (line.host_version) {
-        double version = 0;
-        const char* end = line.host_version->data() + line.host_version->size();
-        const auto read = std::from_chars(line.host_version->data(), end, version);
-        if (read.ec != std::errc() || read.ptr != end || !std::isfinite(version)) {
-            throw UsageError("--host-version takes a number or none, found " +
-                             minihost::in_quotes(*line.host_version));
+        if (std::ranges::find(keys, key) == keys.end()) {
+            throw UsageError("--without takes a key of the host, found " + minihost::in_quotes(key) +
+                             minihost::suggestion(key, keys));
         }
-        options.version = version;
     }
+    options.without.insert(line.without.begin(), line.without.end());
+    if (line.host_version) options.version = host_version(*line.host_version);
     return options;
 }
 
@@ -76,58 +82,24 @@ class Formatter : public CLI::Formatter {
     std::string make_usage(const CLI::App*, std::string) const override {
         return "Usage: minihost [OPTIONS] [SCRIPT [ARGUMENTS...]]\n";
     }
+    std::string make_footer(const CLI::App*) const override {
+        std::string text = "\nKeys for --without:\n";
+        for (const std::string& key : minihost::Host::keys()) text += "  " + key + '\n';
+        return text;
+    }
 };
 
-// What the command line asks for: a line, a script, a prompt, or statements from standard input.
-void run(minihost::Host& host, const CommandLine& line) {
-    minihost::Settings settings{.arguments = line.rest, .colour = terminal_wants_colour()};
-    if (line.has_statements) {
-        minihost::Session(host, std::cout, settings).run("-e", line.statements);
-    } else if (!line.rest.empty()) {
-        const std::string script = line.rest[0];
-        settings.arguments.erase(settings.arguments.begin());
-        if (fs::path(script).has_parent_path()) settings.script_folder = fs::path(script).parent_path();
-        minihost::Session(host, std::cout, settings).run(script, minihost::read_file(script));
-    } else if (isatty(STDIN_FILENO)) {
-        settings.interactive = true;
-        minihost::Session session(host, std::cout, settings);
-        run_prompt(session);
-    } else {
-        const std::string statements = minihost::read_rest(stdin, "standard input");
-        minihost::Session(host, std::cout, settings).run("stdin", statements);
-    }
-}
-
-int run(const CommandLine& line) {
-    if (line.plugin == "") throw UsageError("--plugin takes a file, found \"\"");
-    minihost::Host host(host_options(line));
-    bool failed = false;
-    try {
-        host.load(line.plugin ? fs::path(*line.plugin) : default_bundle());
-        run(host, line);
-    } catch (const std::exception& error) {
-        std::cout << std::flush;
-        std::cerr << error.what() << '\n';
-        failed = true;
-    }
-    std::cout << std::flush;
-    if (!std::cout) {
-        std::cerr << "cannot write to standard output\n";
-        failed = true;
-    }
-    if (minihost::report_references(host, std::cerr)) failed = true;
-    return failed ? kFailed : EXIT_SUCCESS;
-}
-
-int start(int argc, char** argv) {
+// Nothing when the command line asked for a text that has been printed, such as the help.
+std::optional<CommandLine> parse_command_line(int argc, char** argv) {
     CommandLine line;
     CLI::App app("Runs scripts in the language of the host against the bundle " MINIHOST_BUNDLE_NAME
                  ".\n"
-                 "Without SCRIPT: a prompt, or the statements from standard input.",
+                 "Without SCRIPT: a prompt, or the statements from standard input, which \"-\" stands for.",
                  "minihost");
     app.formatter(std::make_shared<Formatter>());
     auto* statements =
-        app.add_option("-e", line.statements, "Run these statements, separated by \":\" or new lines");
+        app.add_option("-e", line.statements, "Run these statements, separated by \":\" or new lines")
+            ->type_name("STATEMENTS");
     app.add_option("--plugin", line.plugin, "The bundle to load")->type_name("FILE")->take_last();
     app.add_option("--host-version", line.host_version,
                    "The version that the host reports, or none for a host that reports none")
@@ -137,32 +109,85 @@ int start(int argc, char** argv) {
         ->expected(1)
         ->allow_extra_args(false)
         ->take_all();
-    statements->type_name("STATEMENTS");
     app.set_version_flag("--version", "minihost " MINIHOST_VERSION);
     app.prefix_command();  // what follows the script is the script's
     try {
         app.parse(argc, argv);
-        line.has_statements = statements->count() > 0;
-        line.rest = app.remaining();
-        if (!line.rest.empty() && line.rest[0] == "--") {
-            line.rest.erase(line.rest.begin());
-        } else if (!line.rest.empty() && line.rest[0].starts_with('-')) {
-            throw UsageError("unknown option " + line.rest[0] + "; see minihost --help");
-        }
-        return run(line);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? EXIT_SUCCESS : kUsage;
-    } catch (const UsageError& error) {
-        std::cerr << "minihost: " << error.what() << '\n';
-        return kUsage;
+        if (app.exit(error) == 0) return std::nullopt;
+        throw UsageError("");
     }
+    line.has_statements = statements->count() > 0;
+    line.rest = app.remaining();
+    if (line.plugin == "") throw UsageError("--plugin takes a file, found \"\"");
+    if (!line.rest.empty() && line.rest[0] == "--") {
+        line.rest.erase(line.rest.begin());
+    } else if (!line.rest.empty() && line.rest[0].starts_with('-') && line.rest[0] != "-") {
+        throw UsageError("unknown option " + line.rest[0] + "; see minihost --help");
+    }
+    return line;
+}
+
+// What the command line asks for: statements, a script, a prompt, or statements from standard input.
+void run_input(minihost::Host& host, const CommandLine& line) {
+    minihost::Settings settings{.arguments = line.rest, .colour = terminal_wants_colour()};
+    const auto run = [&](const std::string& name, const std::string& statements) {
+        minihost::Session(host, std::cout, settings).run(name, statements);
+    };
+    if (line.has_statements) return run("-e", line.statements);
+    const std::string script = line.rest.empty() ? "-" : line.rest[0];
+    if (!line.rest.empty()) settings.arguments.erase(settings.arguments.begin());
+    if (script != "-") {
+        if (fs::path(script).has_parent_path()) settings.script_folder = fs::path(script).parent_path();
+        return run(script, minihost::InputFile(fs::path(script)).read_rest());
+    }
+    if (!line.rest.empty() || !isatty(STDIN_FILENO))
+        return run("stdin", minihost::InputFile(stdin, "standard input").read_rest());
+    settings.interactive = true;
+    minihost::Session session(host, std::cout, settings);
+    run_prompt(session);
+}
+
+void load_bundle(minihost::Host& host, const CommandLine& line) {
+    const fs::path bundle = line.plugin ? fs::path(*line.plugin) : default_bundle();
+    if (!line.plugin && !fs::exists(bundle)) {
+        throw std::runtime_error("there is no bundle " + bundle.string() +
+                                 "; --plugin FILE says where another one is");
+    }
+    host.load(bundle);
+}
+
+// What is to be said when the program ends goes to the error output. The result is the exit status.
+int run_host(const CommandLine& line) {
+    minihost::Host host(host_options(line));
+    int status = EXIT_SUCCESS;
+    const auto fail = [&](const std::string& text) {
+        std::cout << std::flush;
+        std::cerr << text << '\n';
+        status = kFailed;
+    };
+    try {
+        load_bundle(host, line);
+        run_input(host, line);
+    } catch (const minihost::Quit& quit) {
+        status = quit.status;
+    } catch (const std::exception& error) {
+        fail(error.what());
+    }
+    if (!std::cout.flush()) fail("cannot write to standard output");
+    if (minihost::report_references(host, std::cerr)) status = kFailed;
+    return status;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
     try {
-        return start(argc, argv);
+        const auto line = parse_command_line(argc, argv);
+        return line ? run_host(*line) : EXIT_SUCCESS;
+    } catch (const UsageError& error) {
+        if (*error.what()) std::fprintf(stderr, "minihost: %s\n", error.what());
+        return kUsage;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "minihost: %s\n", error.what());
         return kFailed;

@@ -14,7 +14,10 @@ std::string lower(std::string_view name);
 // The name in quotation marks.
 std::string in_quotes(std::string_view name);
 
-// "; did you mean FindByteZOR?" for the candidate that is most like `name`, or "" when none is alike.
+// The text with its control characters as \x0A and the like, so that a message stays in its line.
+std::string printable(std::string_view text);
+
+// "; did you mean FindByteZOR?" for the candidate that is nearest to `name`, or "" when none is near.
 std::string suggestion(std::string_view name, const std::vector<std::string>& candidates);
 
 }  // namespace minihost

@@ -16,48 +16,18 @@
 // a statement, and so does ":"; "_" at its end continues it. Comments begin with ' or //.
 #pragma once
 
-#include <functional>
-#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "minihost/program/expressions.h"
+#include "minihost/program/scopes.h"
+#include "minihost/program/statements.h"
 
 namespace minihost {
-
-// How a statement ended: with the next one, or by leaving the innermost loop of a kind or its round.
-enum class Flow { Next, ExitFor, ContinueFor, ExitWhile, ContinueWhile };
-
-using Action = std::function<Flow(Runtime&)>;
-
-struct Statement {
-    int line = 0;
-    Action run;
-};
-
-using Block = std::vector<Statement>;
-// What C++ functions throw for want of memory, or for a file, becomes a host exception. Throws ScriptError
-// when the script is interrupted.
-Flow run(const Block& block, Runtime& runtime);
-
-// The variables that can be seen, innermost block last.
-struct Variable {
-    std::string name;
-    Type type;
-    size_t slot;
-};
-using Scopes = std::vector<std::map<std::string, Variable>>;  // by name in lower case
 
 // Parses a whole script. New variables get slots in `runtime`, at the outermost level for good. An
 // interactive text may declare a variable anew, and an expression on its own is shown. Throws ScriptError.
 // A text that cannot be parsed declares nothing.
 Block parse(std::string_view text, Runtime& runtime, Scopes& scopes, bool interactive);
-
-// What can stand behind As.
-std::vector<std::string> type_names(Host& host);
-
-// The words that are no names.
-const std::vector<std::string>& keywords();
 
 }  // namespace minihost

@@ -1,13 +1,60 @@
 #include "minihost/program/picture.h"
 
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <unordered_map>
+#include <vector>
+
+namespace {
+
+// What the library allocates while it writes a picture. It does not look whether it got any memory, so that
+// must throw, and what it holds then goes with this object.
+class Memory {
+ public:
+    explicit Memory(std::pmr::memory_resource& source) : source_(source) {}
+
+    void* allocate(size_t size) {
+        std::pmr::vector<std::byte> block(size, &source_);
+        void* bytes = block.data();
+        blocks_.emplace(bytes, std::move(block));
+        return bytes;
+    }
+    void* reallocate(void* old, size_t size) {
+        void* bytes = allocate(size);
+        if (!old) return bytes;
+        std::memcpy(bytes, old, std::min(size, blocks_.at(old).size()));
+        release(old);
+        return bytes;
+    }
+    void release(void* bytes) { blocks_.erase(bytes); }
+
+ private:
+    std::pmr::memory_resource& source_;
+    std::unordered_map<void*, std::pmr::vector<std::byte>> blocks_;
+};
+
+Memory* memory_of_picture = nullptr;  // the library's macros have no context
+
+}  // namespace
+
 #define STB_IMAGE_WRITE_IMPLEMENTATION
 #define STB_IMAGE_WRITE_STATIC
 #define STBI_WRITE_NO_STDIO
+#define STBIW_MALLOC(size) memory_of_picture->allocate(size_t(size))
+#define STBIW_REALLOC(old, size) memory_of_picture->reallocate(old, size_t(size))
+#define STBIW_FREE(bytes) memory_of_picture->release(bytes)
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wold-style-cast"
 #include <stb/stb_image_write.h>
+#pragma GCC diagnostic pop
 
 namespace minihost {
 
-std::string png(const uint8_t* samples, int width, int height, int samples_per_pixel) {
+std::string png(const uint8_t* samples, int width, int height, int samples_per_pixel,
+                std::pmr::memory_resource& source) {
+    Memory memory(source);
+    memory_of_picture = &memory;
     std::string file;
     const auto append = [](void* context, void* bytes, int count) {
         static_cast<std::string*>(context)->append(static_cast<const char*>(bytes), size_t(count));

@@ -1,10 +1,10 @@
 #include "minihost/program/runtime.h"
 
 #include <array>
-#include <cerrno>
+#include <charconv>
+#include <cmath>
 #include <cstdio>
-#include <cstring>
-#include <memory>
+#include <limits>
 #include <ostream>
 
 #include "minihost/program/names.h"
@@ -19,10 +19,15 @@ bool derives(Host& host, const std::string& found, const std::string& declared) 
     return false;
 }
 
+// The shortest text that reads back as the same number.
 std::string show_double(double number) {
+    if (std::isnan(number)) return "nan";
+    const double magnitude = std::fabs(number);
+    const bool plain = number == 0 || (magnitude >= 1e-5 && magnitude < 1e16);
     std::array<char, 32> buffer{};
-    std::snprintf(buffer.data(), buffer.size(), "%.7g", number);
-    return buffer.data();
+    const auto format = plain ? std::chars_format::fixed : std::chars_format::scientific;
+    const auto written = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number, format);
+    return {buffer.data(), written.ptr};
 }
 
 // A size of 0 is an unknown one where there are bytes.
@@ -59,6 +64,12 @@ Type object_type(std::string_view class_name) { return {Kind::Object, std::strin
 std::string type_name(const Type& type) {
     if (type.kind == Kind::Nothing) return "a call without a result";
     return type == kNil ? "Nil" : to_string(type);
+}
+
+std::vector<std::string> type_names(Host& host) {
+    std::vector<std::string> names = built_in_type_names();
+    for (const Class* type : host.classes()) names.push_back(type->name);
+    return names;
 }
 
 bool is_whole(const Type& type) {
@@ -106,15 +117,25 @@ Value default_value(const Type& type) {
     return {};
 }
 
-Value convert(Value value, const Type& type) {
+std::optional<Value> convert(const Value& value, const Type& type) {
     if (is_number(type)) {
-        return with_number(type.kind, [&](auto zero) -> Value { return number<decltype(zero)>(value); });
+        if (type == kDouble) return number<double>(value);
+        const auto* fraction = std::get_if<double>(&value);
+        return convert_scalar(fraction ? Value(std::trunc(*fraction)) : value, type.kind);
     }
     if (same_name(type.class_name, "Variant")) return value;
     const auto* object = std::get_if<ObjectRef>(&value);
     if (std::holds_alternative<std::monostate>(value) || (object && !*object)) return default_value(type);
     if (type.kind == Kind::Ptr && object) return Pointer{Host::current().block_data(object->get())};
     return value;
+}
+
+std::string range_text(const Type& type) {
+    return with_number(type.kind, [&](auto zero) {
+        using Limits = std::numeric_limits<decltype(zero)>;
+        return type_name(type) + " (" + std::to_string(Limits::min()) + " to " +
+               std::to_string(Limits::max()) + ')';
+    });
 }
 
 std::string show(Runtime& runtime, const Value& value) {
@@ -156,25 +177,6 @@ std::string_view bytes_of(Runtime& runtime, const Value& string) {
 
 Value utf8_string(Runtime& runtime, std::string_view bytes) {
     return runtime.host.new_string(bytes, *encoding_number("UTF-8"));
-}
-
-std::string file_error(const std::string& what, const std::filesystem::path& path) {
-    return what + ' ' + path.string() + ": " + std::strerror(errno);
-}
-
-std::string read_rest(std::FILE* file, const std::filesystem::path& name) {
-    std::string bytes;
-    std::array<char, 65536> buffer;
-    while (const size_t count = std::fread(buffer.data(), 1, buffer.size(), file))
-        bytes.append(buffer.data(), count);
-    if (std::ferror(file)) throw std::runtime_error(file_error("cannot read", name));
-    return bytes;
-}
-
-std::string read_file(const std::filesystem::path& path) {
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
-    if (!file) throw std::runtime_error(file_error("cannot read", path));
-    return read_rest(file.get(), path);
 }
 
 }  // namespace minihost

@@ -1,13 +1,11 @@
 // What a script works on while it runs, and the values of the host language as the script handles them.
 #pragma once
 
-#include <cmath>
 #include <csignal>
-#include <cstdio>
 #include <filesystem>
 #include <functional>
 #include <iosfwd>
-#include <limits>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -17,6 +15,7 @@
 
 #include "minihost/library/host.h"
 #include "minihost/program/hex_dump.h"
+#include "minihost/program/script_error.h"
 
 namespace minihost {
 
@@ -27,8 +26,18 @@ struct Runtime {
     std::filesystem::path script_folder;  // where the script lies
     HexDump dump;
     std::vector<Value> variables = {};
-    int line = 0;                                              // of what runs
+    Position at = {};                                          // what runs
     static inline volatile std::sig_atomic_t interrupted = 0;  // set where all that runs must end
+};
+
+// Thrown where what runs is interrupted.
+struct Interrupted : std::runtime_error {
+    Interrupted() : std::runtime_error("interrupted") {}
+};
+
+// Thrown by the script's wish to end, with the status that the program is to end with.
+struct Quit {
+    int status;
 };
 
 // Raises a host exception in the script.
@@ -39,11 +48,13 @@ struct Runtime {
 inline const Type kNil{Kind::Object, ""};  // fits every class, and Ptr
 inline const Type kBoolean{Kind::Boolean, ""};
 inline const Type kString{Kind::String, ""};
+inline const Type kInteger{Kind::Integer, ""};
 inline const Type kInt64{Kind::Int64, ""};
 inline const Type kDouble{Kind::Double, ""};
 
 Type object_type(std::string_view class_name);
 std::string type_name(const Type& type);
+std::vector<std::string> type_names(Host& host);  // that can stand after As
 bool is_number(const Type& type);
 bool is_whole(const Type& type);
 
@@ -55,25 +66,13 @@ Fit fit(Host& host, const Type& declared, const Type& found);
 
 Value default_value(const Type& type);
 
-template <class To, class From>
-To to_number(From from) {
-    using Limits = std::numeric_limits<To>;
-    if constexpr (std::is_integral_v<To> && std::is_floating_point_v<From>) {
-        if (std::isnan(from)) return 0;
-        if (from <= From(Limits::min())) return Limits::min();
-        if (from >= From(Limits::max())) return Limits::max();
-    }
-    return To(from);
-}
-
-// A value as a C++ number: whole numbers wrap, fractions are cut off and stay within the limits.
+// A number's value as a C++ number, which wraps around; for numbers that are known to fit, and for bits.
 template <class To>
 To number(const Value& value) {
     return std::visit(
         [](const auto& held) {
-            using From = std::decay_t<decltype(held)>;
-            if constexpr (std::is_arithmetic_v<From>) {
-                return to_number<To>(held);
+            if constexpr (std::is_arithmetic_v<std::decay_t<decltype(held)>>) {
+                return To(held);
             } else {
                 return To{};
             }
@@ -96,8 +95,12 @@ auto with_number(Kind kind, Function&& function) {
     }
 }
 
-// A value in the form of a type that it fits. A block may stand for the address of its bytes.
-Value convert(Value value, const Type& type);
+// A value in the form of a type that it fits. Fractions are cut off; a number outside the type's range gives
+// nothing. A block may stand for the address of its bytes.
+std::optional<Value> convert(const Value& value, const Type& type);
+
+// "Integer (-2147483648 to 2147483647)"
+std::string range_text(const Type& type);
 
 // What Print shows of a value, and Str returns.
 std::string show(Runtime& runtime, const Value& value);
@@ -106,14 +109,5 @@ void print_block(Runtime& runtime, const ObjectRef& block);
 
 std::string_view bytes_of(Runtime& runtime, const Value& string);
 Value utf8_string(Runtime& runtime, std::string_view bytes);
-
-// Files
-
-// "cannot read out/x: No such file or directory", by errno.
-std::string file_error(const std::string& what, const std::filesystem::path& path);
-// What can be read of an open file, whose name is for messages. Throws std::runtime_error.
-std::string read_rest(std::FILE* file, const std::filesystem::path& name);
-// The bytes of a file. Throws std::runtime_error.
-std::string read_file(const std::filesystem::path& path);
 
 }  // namespace minihost

@@ -5,12 +5,13 @@
 
 #include "minihost/program/functions.h"
 #include "minihost/program/names.h"
+#include "minihost/program/words.h"
 
 namespace minihost {
 namespace {
 
 std::string located(const std::string& name, Position at, const std::string& text) {
-    std::string place = name + ':' + std::to_string(at.line);
+    std::string place = printable(name) + ':' + std::to_string(at.line);
     if (at.column > 0) place += ':' + std::to_string(at.column);
     return place + ": " + text;
 }
@@ -20,30 +21,32 @@ std::string located(const std::string& name, Position at, const std::string& tex
 Session::Session(Host& host, std::ostream& out, Settings settings)
     : runtime_{host, out, std::move(settings.arguments), std::move(settings.script_folder),
                HexDump(settings.colour)},
-      scopes_(1),
       interactive_(settings.interactive) {}
 
-bool Session::run(const std::string& name, std::string_view text) {
-    runtime_.line = 1;
+bool Session::run(const std::string& name, std::string_view text, bool more_can_come) {
+    runtime_.at = {1, 0};
     try {
         minihost::run(parse(text, runtime_, scopes_, interactive_), runtime_);
         return true;
     } catch (const ScriptError& error) {
-        if (interactive_ && dynamic_cast<const IncompleteScript*>(&error)) return false;
+        const bool incomplete = dynamic_cast<const IncompleteScript*>(&error) != nullptr;
+        if (interactive_ && more_can_come && incomplete) return false;
         throw std::runtime_error(located(name, error.at, error.what()));
+    } catch (const Interrupted& interruption) {
+        throw std::runtime_error(located(name, {runtime_.at.line, 0}, interruption.what()));
     } catch (const std::exception& exception) {
-        throw std::runtime_error(located(name, {runtime_.line, 0}, exception.what()));
+        throw std::runtime_error(located(name, runtime_.at, exception.what()));
     }
 }
 
-// The class of the variable in front of the dot, if it is one.
+// The class of the variable before the dot, if it is one.
 std::string Session::class_before(std::string_view dot) const {
     const auto is_name = [](char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '_'; };
     dot.remove_suffix(1);
     size_t start = dot.size();
     while (start > 0 && is_name(dot[start - 1])) --start;
-    const auto found = scopes_.front().find(lower(dot.substr(start)));
-    return found == scopes_.front().end() ? "" : found->second.type.class_name;
+    const Variable* found = scopes_.find(dot.substr(start));
+    return found ? found->type.class_name : "";
 }
 
 std::vector<std::string> Session::completions(std::string_view before, std::string_view word) const {
@@ -52,13 +55,10 @@ std::vector<std::string> Session::completions(std::string_view before, std::stri
         names = member_names(runtime_.host, class_before(before));
     } else {
         names = function_names(runtime_.host);
-        names.insert(names.end(), keywords().begin(), keywords().end());
-        const std::vector<std::string> types = type_names(runtime_.host);
-        names.insert(names.end(), types.begin(), types.end());
-        names.insert(names.end(), {"help", "references", "quit"});
-        for (const auto& scope : scopes_) {
-            for (const auto& [key, variable] : scope) names.push_back(variable.name);
-        }
+        for (const Keyword& keyword : keywords()) names.emplace_back(keyword.text);
+        for (const auto& more : {type_names(runtime_.host), scopes_.names()})
+            names.insert(names.end(), more.begin(), more.end());
+        names.insert(names.end(), {"help", "references"});
     }
     std::erase_if(names, [&](const std::string& name) { return !lower(name).starts_with(lower(word)); });
     std::sort(names.begin(), names.end());

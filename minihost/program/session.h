@@ -24,11 +24,11 @@ class Session {
     Session(Host& host, std::ostream& out, Settings settings = {});
 
     // Runs statements; `name` stands for them in messages. Throws std::runtime_error for all that ends them
-    // early, with a text such as "tour.rbs:12:9: expected a value, found end of line". Interactive ones that
-    // need more lines to be whole are not run: the result is false.
-    bool run(const std::string& name, std::string_view text);
+    // early, with a text such as "tour.rbs:12:9: expected a value, found end of line", and Quit. Interactive
+    // ones that need more lines to be whole are not run when such lines can come: the result is false.
+    bool run(const std::string& name, std::string_view text, bool more_can_come = true);
 
-    // The names that begin with `word`, which stands behind `before`: members behind a dot, otherwise words,
+    // The names that begin with `word`, which stands after `before`: members after a dot, otherwise words,
     // functions and variables.
     std::vector<std::string> completions(std::string_view before, std::string_view word) const;
 

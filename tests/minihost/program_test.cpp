@@ -12,6 +12,8 @@
 #include <iterator>
 #include <string>
 
+#include "minihost/library/host.h"
+
 namespace fs = std::filesystem;
 using namespace std::string_literals;
 
@@ -40,7 +42,7 @@ class Program : public testing::Test {
         std::ofstream(folder_ / name, std::ios::binary) << text;
     }
 
-    // The arguments are the shell's. Standard output, error output and exit status, one behind the other.
+    // The arguments are the shell's. Standard output, error output and exit status, one after the other.
     std::string run(const std::string& arguments, const std::string& input = "") {
         write("in", input);
         const std::string command =
@@ -59,29 +61,33 @@ TEST_F(Program, RunsWhatTheCommandLineSays) {
     write("script.rbs", "Print ScriptFolder; ArgCount; Args(1); Args(2)");
     fs::create_directories(folder_ / "sub");
     write("sub/fails.rbs", "Dim b As MemoryBlock\nPrint 1\nb.MirrorBytesZOR\nPrint 2");
+    const std::string kNoVersion = "minihost: --host-version takes a number above 0 or none, found ";
     const struct {
         const char* arguments;
         const char* input;
-        const char* result;
+        std::string result;
     } cases[] = {
         {"script.rbs --plugin -e", "", ".2--plugin-e\n0"},
-        {"sub/fails.rbs", "", "1\nsub/fails.rbs:3: NilObjectException: memoryblock is nil\n1"},
+        {"sub/fails.rbs", "", "1\nsub/fails.rbs:3:3: NilObjectException: memoryblock is nil\n1"},
         {"-e 'Print Args(1) : Print 2' -- -x", "", "-x\n2\n0"},
         {"", "Print 1\nIf True Then\nPrint 2\nEnd If\n", "1\n2\n0"},
         {"--without REALGetRBVersion script.rbs 1 2", "", ".212\n0"},
-        {"", "Print 1\nPrnt 2\n", "stdin:2:1: there is no variable or function Prnt\n1"},
+        {"", "Print 1\nPrnt 2\n", "stdin:2:1: there is no variable or function Prnt; did you mean Print?\n1"},
+        {"- a", "#!/usr/bin/env minihost\nPrint Args(1)\nquit\nPrint 2", "a\n0"},
+        {"-e 'Try : Quit 3 : Catch : End Try'", "", "3"},
+        {"-e 'Quit 256'", "", "-e:1:1: OutOfBoundsException: an exit status is 0 to 255\n1"},
         {"</", "", "cannot read standard input: Is a directory\n1"},
         {"<&-", "", "cannot read standard input: Bad file descriptor\n1"},
         {"missing.rbs", "", "cannot read missing.rbs: No such file or directory\n1"},
         {"--bogus script.rbs", "", "minihost: unknown option --bogus; see minihost --help\n2"},
-        {"--host-version new script.rbs", "",
-         "minihost: --host-version takes a number or none, found \"new\"\n2"},
-        {"--host-version '' script.rbs", "",
-         "minihost: --host-version takes a number or none, found \"\"\n2"},
-        {"--host-version nan script.rbs", "",
-         "minihost: --host-version takes a number or none, found \"nan\"\n2"},
+        {"--host-version '' script.rbs", "", kNoVersion + "\"\"\n2"},
+        {"--host-version new script.rbs", "", kNoVersion + "\"new\"\n2"},
+        {"--host-version nan script.rbs", "", kNoVersion + "\"nan\"\n2"},
+        {"--host-version -1 script.rbs", "", kNoVersion + "\"-1\"\n2"},
         {"--plugin '' script.rbs", "", "minihost: --plugin takes a file, found \"\"\n2"},
-        {"--without Foo script.rbs", "", "minihost: --without takes a key of the host, found \"Foo\"\n2"},
+        {"--without REALLockObjct script.rbs", "",
+         "minihost: --without takes a key of the host, found \"REALLockObjct\"; did you mean "
+         "REALLockObject?\n2"},
         {"-e", "", "-e: 1 required STATEMENTS missing\nRun with --help for more information.\n2"},
         {"--host-version 2011.5 -e 'Dim b As New MemoryBlock(2) : b.SetStringZOR(\"ab\", 0) : Print "
          "b.GetStringZOR(1, 1)'",
@@ -96,7 +102,9 @@ TEST_F(Program, RunsWhatTheCommandLineSays) {
          "", "True\n0"},
     };
     for (const auto& c : cases) EXPECT_EQ(run(c.arguments, c.input), c.result) << c.arguments;
-    EXPECT_EQ(run("--help").substr(0, 8), "Runs scr");
+    const std::string help = run("--help");
+    EXPECT_TRUE(help.starts_with("Runs scr")) << help;
+    for (const std::string& key : minihost::Host::keys()) EXPECT_NE(help.find("  " + key + '\n'), help.npos);
 }
 
 TEST_F(Program, RefusesWhatIsNoBundle) {
@@ -133,44 +141,88 @@ TEST_F(Program, RunsEveryExample) {
                     .starts_with("\x89PNG\r\n\x1A\n\0\0\0\rIHDR\0\0\0\xC0\0\0\0\x80\x8\0"s));
 }
 
-TEST_F(Program, PromptsAtATerminal) {
-    int terminal = -1;
-    const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-        setenv("XDG_STATE_HOME", folder_.c_str(), 1);
-        setenv("TERM", "dumb", 1);
-        execl(MINIHOST_PROGRAM, MINIHOST_PROGRAM, "--plugin", MINIHOST_BUNDLE, nullptr);
-        _exit(127);
+// Types at a prompt of its own, and awaits what it shows.
+class Prompt : public Program {
+ protected:
+    struct Terminal {
+        int descriptor = -1;
+        pid_t child = -1;
+    };
+
+    Terminal open() {
+        Terminal terminal;
+        terminal.child = forkpty(&terminal.descriptor, nullptr, nullptr, nullptr);
+        if (terminal.child == 0) {
+            setenv("XDG_STATE_HOME", (folder_ / "state").c_str(), 1);
+            setenv("TERM", "dumb", 1);
+            execl(MINIHOST_PROGRAM, MINIHOST_PROGRAM, "--plugin", MINIHOST_BUNDLE, nullptr);
+            _exit(127);
+        }
+        type(terminal, "", "> ");
+        return terminal;
     }
-    std::string shown;
-    const auto type = [&](const std::string& typed, const std::string& awaited) {
-        EXPECT_EQ(::write(terminal, typed.data(), typed.size()), ssize_t(typed.size()));
-        shown.clear();
+
+    static void type(const Terminal& terminal, const std::string& typed, const std::string& awaited) {
+        EXPECT_EQ(::write(terminal.descriptor, typed.data(), typed.size()), ssize_t(typed.size()));
+        std::string shown;
         char buffer[256];
-        pollfd readable = {.fd = terminal, .events = POLLIN, .revents = 0};
+        pollfd readable = {.fd = terminal.descriptor, .events = POLLIN, .revents = 0};
         while (shown.find(awaited) == std::string::npos && poll(&readable, 1, 60'000) > 0) {
-            const ssize_t count = ::read(terminal, buffer, sizeof buffer);
+            const ssize_t count = ::read(terminal.descriptor, buffer, sizeof buffer);
             if (count <= 0) break;
             shown.append(buffer, size_t(count));
         }
         EXPECT_NE(shown.find(awaited), std::string::npos) << shown;
-    };
-    type("nonsense\n", "prompt:1:1: there is no variable or function nonsense\r\n> ");
-    type("Dim x As Integer = 20\nIf x = 20 Then\nx = x + 1\nEnd If\nx * 2\n", "42\r\n> ");
-    type("Print \"\u00e9\"\n", "\u00e9\r\n> ");
+    }
+
+    // Ends with the given line, and returns the exit status.
+    int close(const Terminal& terminal, const std::string& typed) {
+        type(terminal, typed, "\r\n");
+        if (HasFailure()) kill(terminal.child, SIGKILL);
+        int status = -1;
+        waitpid(terminal.child, &status, 0);
+        ::close(terminal.descriptor);
+        return WEXITSTATUS(status);
+    }
+};
+
+TEST_F(Prompt, RunsWhatIsTyped) {
+    const Terminal terminal = open();
+    type(terminal, "nonsense\n", "prompt:1:1: there is no variable or function nonsense\r\n> ");
+    type(terminal, "Dim x As Integer = 20\nIf x = 20 Then\nx = x + 1\nEnd If\nx * 2\n", "42\r\n> ");
+    type(terminal, "Print \"\u00e9\"\n", "\u00e9\r\n> ");
     // Ctrl-C clears what is typed and ends what runs.
 #ifdef MINIHOST_LINE_EDITOR
-    type("If True Then\n", "\n. ");
-    type("Pri\t", "nt");
-    type("\x03", "\n> ");
+    type(terminal, "If True Then\n", "\n. ");
+    type(terminal, "Pri\t", "nt");
+    type(terminal, "\x03", "\n> ");
 #endif
-    type("While True : Print x : Wend\n", "21\r");
-    type("\x03", "prompt:1: interrupted\r\n> ");
-    type("exit \n", "exit \r\n");
-    if (HasFailure()) kill(child, SIGKILL);
-    int status = -1;
-    waitpid(child, &status, 0);
-    close(terminal);
-    EXPECT_EQ(status, 0);
+    type(terminal, "While True : Print x : Wend\n", "21\r");
+    type(terminal, "\x03", "prompt:1: interrupted\r\n> ");
+    type(terminal, "Print 5 : Print ReadFile(\"/dev/zero\")\n", "5\r\n");
+    type(terminal, "\x03", "prompt:1: interrupted\r\n> ");
+    // Ctrl-D does not drop what is open without a word.
+    type(terminal, "While True\n", "\n. ");
+    type(terminal, "\x04", "While is not closed: expected \"Wend\", found end of the script\r\n> ");
+    EXPECT_EQ(close(terminal, "quit 7\n"), 7);
+    EXPECT_EQ(close(open(), "exit \n"), 0);
+    EXPECT_EQ(close(open(), "\x04"), 0);
 }
+
+#ifdef MINIHOST_LINE_EDITOR
+TEST_F(Prompt, SharesItsHistoryWithOthers) {
+    const Terminal first = open();
+    const Terminal second = open();
+    type(first, "Print 1001\n", "1001\r\n> ");
+    type(second, "Print 1002\n", "1002\r\n> ");
+    type(first, "Print 1003\n", "1003\r\n> ");
+    EXPECT_EQ(close(second, "quit\n"), 0);
+    EXPECT_EQ(close(first, "quit\n"), 0);
+    const std::string history = read(folder_ / "state/minihost_history");
+    for (const char* number : {"1001", "1002", "1003"})
+        EXPECT_NE(history.find(number), history.npos) << history;
+    const Terminal third = open();
+    type(third, "\x10\x10", "Print 1003");
+    EXPECT_EQ(close(third, "\x15quit\n"), 0);
+}
+#endif
