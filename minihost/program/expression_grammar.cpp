@@ -76,7 +76,7 @@ Expression ExpressionGrammar::postfix(bool starts_statement) {
 Expression ExpressionGrammar::member(const Expression& object, const Token& name, bool starts_statement) {
     const std::string& owner = object.type.class_name;
     if (object.type.kind != Kind::Object || owner.empty()) {
-        throw ScriptError(name.at, type_name(object.type) + " has no members");
+        throw ScriptError(name.at, text_of(object.type) + " has no members");
     }
     const auto overloads = find_members(host_, owner, name.text);
     if (overloads.empty()) {
@@ -129,7 +129,7 @@ Type ExpressionGrammar::type() {
 Expression ExpressionGrammar::construction() {
     const Token name = tokens_.peek();
     const Type created = type();
-    if (created.kind != Kind::Object) throw ScriptError(name.at, type_name(created) + " is no class");
+    if (created.kind != Kind::Object) throw ScriptError(name.at, text_of(created) + " is no class");
     return call(host_, name, find_constructors(host_, created.class_name), nullptr, arguments(false));
 }
 

@@ -10,8 +10,8 @@ namespace {
 
 [[noreturn]] void fail(const Token& sign, const std::string& wanted, const Expression& left,
                        const Expression& right) {
-    throw ScriptError(sign.at, in_quotes(sign.text) + " takes " + wanted + ", found " + type_name(left.type) +
-                                   " and " + type_name(right.type));
+    throw ScriptError(sign.at, in_quotes(sign.text) + " takes " + wanted + ", found " + text_of(left.type) +
+                                   " and " + text_of(right.type));
 }
 
 [[noreturn]] void fail_range(const Token& sign, const Type& type, const std::string& result) {
@@ -91,61 +91,17 @@ Expression identity(const Token& sign, Op op, const Expression& left, const Expr
 
 // Calls
 
-// " (srcOfs as Integer, numBytes as Integer)", as registered.
-std::string parameters_text(const Declaration& declaration) {
-    if (declaration.parameters.empty()) return "";
-    const size_t first = declaration.text.find('(');
-    return ' ' + declaration.text.substr(first, declaration.text.rfind(')') + 1 - first);
-}
-
-std::string count_text(const Declaration& declaration) {
-    const size_t least = declaration.required();
-    const size_t most = declaration.parameters.size();
-    const std::string range = least == most ? "" : std::to_string(least) + " to ";
-    return range + (most == 0 ? "no" : std::to_string(most)) + (most == 1 ? " argument" : " arguments");
-}
-
-// The argument that fits worst, and how well it does.
-std::pair<size_t, Fit> worst_fit(Host& host, const Declaration& declaration,
-                                 const std::vector<Expression>& arguments) {
-    std::pair<size_t, Fit> worst{0, Fit::Whole};
-    for (size_t i = 0; i < arguments.size(); ++i) {
-        const Fit found = fit(host, declaration.parameters[i].type, arguments[i].type);
-        if (found < worst.second) worst = {i, found};
-    }
-    return worst;
-}
-
-const Callable& choose(Host& host, const Token& name, const std::vector<Callable>& overloads,
+const Callable& chosen(Host& host, const Token& name, const std::vector<Callable>& overloads,
                        const std::vector<Expression>& arguments) {
-    const Callable* best = nullptr;
-    const Callable* counted = nullptr;  // takes as many arguments
-    std::pair<size_t, Fit> best_fit{0, Fit::No};
-    std::string expected;
-    for (const Callable& overload : overloads) {
-        const Declaration& declaration = overload.declaration;
-        expected +=
-            (expected.empty() ? " takes " : " or ") + count_text(declaration) + parameters_text(declaration);
-        if (arguments.size() < declaration.required() || arguments.size() > declaration.parameters.size())
-            continue;
-        counted = &overload;
-        const auto found = worst_fit(host, declaration, arguments);
-        if (!best || found.second > best_fit.second) {
-            best = &overload;
-            best_fit = found;
-        }
+    std::vector<const Declaration*> declarations;
+    std::vector<Type> types;
+    for (const Callable& overload : overloads) declarations.push_back(&overload.declaration);
+    for (const Expression& argument : arguments) types.push_back(argument.type);
+    try {
+        return overloads[choose(host, declarations, types)];
+    } catch (const CallError& error) {
+        throw ScriptError(error.argument ? arguments[*error.argument].at : name.at, error.what());
     }
-    if (!counted) {
-        throw ScriptError(
-            name.at, overloads[0].declaration.name + expected + ", got " + std::to_string(arguments.size()));
-    }
-    if (best_fit.second == Fit::No) {
-        const Parameter& parameter = best->declaration.parameters[best_fit.first];
-        const Expression& argument = arguments[best_fit.first];
-        throw ScriptError(argument.at, best->declaration.name + " takes " + parameter.name + " as " +
-                                           to_string(parameter.type) + ", found " + type_name(argument.type));
-    }
-    return *best;
 }
 
 // A call with everything that it needs.
@@ -197,7 +153,7 @@ Expression unary(const Token& sign, Op op, const Expression& inner) {
     if (!is_number(type) || (!negation && !is_whole(type))) {
         throw ScriptError(sign.at, in_quotes(sign.text) + " takes " +
                                        (negation ? "a number" : "a Boolean or a whole number") + ", found " +
-                                       type_name(type));
+                                       text_of(type));
     }
     if (!negation) return numeric(sign, Op::Xor, inner, constant(sign.at, kInteger, int32_t{-1}));
     // What is negated has a sign.
@@ -229,7 +185,7 @@ Expression binary(const Token& sign, Op op, const Expression& left, const Expres
 Expression call(Host& host, const Token& name, const std::vector<Callable>& overloads, const Expression* self,
                 const std::vector<Expression>& arguments) {
     const auto shared = std::make_shared<Call>();
-    shared->callable = choose(host, name, overloads, arguments);
+    shared->callable = chosen(host, name, overloads, arguments);
     shared->at = name.at;
     if (self) shared->self = self->evaluate;
     for (const Expression& argument : arguments) shared->arguments.push_back(argument.evaluate);
@@ -252,9 +208,9 @@ Expression call(Host& host, const Token& name, const std::vector<Callable>& over
 }
 
 Expression converted(Host& host, Expression value, const Type& declared, const std::string& purpose) {
-    if (fit(host, declared, value.type) == Fit::No) {
+    if (!fits(host, declared, value.type)) {
         throw ScriptError(value.at,
-                          purpose + " takes " + type_name(declared) + ", found " + type_name(value.type));
+                          purpose + " takes " + text_of(declared) + ", found " + text_of(value.type));
     }
     if (value.type == declared || declared.kind == Kind::Object) return value;
     return {declared, value.at,

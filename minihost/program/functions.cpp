@@ -11,50 +11,41 @@ using Arguments = std::span<const Value>;
 
 // The members by which a bundle extends a class must stand a nil object; all others cannot be reached without
 // an instance.
-void require_instance(Runtime& runtime, const Class& owner, const ObjectRef& self, const std::string& name) {
-    const auto records = runtime.host.registered_classes();
-    const bool extended = !owner.record && std::ranges::any_of(records, [&](const auto* record) {
-        return same_name(record->name, owner.name);
-    });
-    if (!self && !extended) raise(runtime, "NilObjectException", name + " of a nil " + owner.name);
+void require_instance(Runtime& runtime, const std::string& owner, const ObjectRef& self,
+                      const std::string& name) {
+    if (self) return;
+    const Host& host = runtime.host;
+    const bool extended = !host.find_class(owner)->record &&
+                          std::ranges::any_of(host.registered_classes(), [&](const auto* record) {
+                              return same_name(record->name, owner);
+                          });
+    if (!extended) raise(runtime, "NilObjectException", name + " of a nil " + owner);
 }
 
-Callable from_bundle(const Class& owner, const Method& method) {
-    const std::string name = method.declaration.name;
+Callable from_bundle(const Method& method) {
+    const auto check = [&method](Runtime& runtime, const ObjectRef& self) {
+        if (!method.owner.empty()) require_instance(runtime, method.owner, self, method.declaration.name);
+    };
     Callable result{method.declaration,
-                    [&owner, name](Runtime& runtime, const ObjectRef& self, Arguments arguments) {
-                        require_instance(runtime, owner, self, name);
-                        return self ? runtime.host.call(self.get(), name, arguments)
-                                    : runtime.host.call_on_nil(owner.name, name, arguments);
+                    [&method, check](Runtime& runtime, const ObjectRef& self, Arguments arguments) {
+                        check(runtime, self);
+                        return runtime.host.call(method, self.get(), arguments);
                     }};
     if (method.setter) {
-        result.set = [&owner, name](Runtime& runtime, const ObjectRef& self, Arguments arguments) {
-            require_instance(runtime, owner, self, name);
-            const Arguments declared = arguments.first(arguments.size() - 1);
-            if (self) {
-                runtime.host.assign(self.get(), name, declared, arguments.back());
-            } else {
-                runtime.host.assign_on_nil(owner.name, name, declared, arguments.back());
-            }
+        result.set = [&method, check](Runtime& runtime, const ObjectRef& self, Arguments arguments) {
+            check(runtime, self);
+            runtime.host.assign(method, self.get(), arguments.first(arguments.size() - 1), arguments.back());
             return Value();
         };
     }
     return result;
 }
 
-Callable from_bundle(const Class& owner, const Property& property) {
-    const std::string name = property.name;
-    return {{name + " as " + to_string(property.type), name, {}, property.type},
-            [&owner, name](Runtime& runtime, const ObjectRef& self, Arguments) {
-                require_instance(runtime, owner, self, name);
-                return self ? runtime.host.get(self.get(), name) : runtime.host.get_on_nil(owner.name, name);
-            }};
-}
-
-Callable from_bundle(const Method& global) {
-    return {global.declaration,
-            [name = global.declaration.name](Runtime& runtime, const ObjectRef&, Arguments arguments) {
-                return runtime.host.call_global(name, arguments);
+Callable from_bundle(const Property& property) {
+    return {{property.name + " as " + to_string(property.type), property.name, {}, property.type},
+            [&property](Runtime& runtime, const ObjectRef& self, Arguments) {
+                require_instance(runtime, property.owner, self, property.name);
+                return runtime.host.get(property, self.get());
             }};
 }
 
@@ -79,15 +70,11 @@ std::vector<Callable> find_functions(Host& host, std::string_view name) {
 
 std::vector<Callable> find_members(Host& host, std::string_view class_name, std::string_view name) {
     std::vector<Callable> found;
-    for (const Class* owner = host.find_class(class_name); owner && found.empty(); owner = owner->super) {
-        for (const Property& property : owner->properties) {
-            if (same_name(property.name, name)) found.push_back(from_bundle(*owner, property));
-        }
-        for (const Method& method : owner->methods) {
-            if (same_name(method.declaration.name, name)) found.push_back(from_bundle(*owner, method));
-        }
-        if (found.empty()) add_built_ins(found, owner->name, name);
-    }
+    const Class* type = host.find_class(class_name);
+    if (!type) return found;
+    if (const Property* property = host.find_property(*type, name)) return {from_bundle(*property)};
+    for (const Method* method : host.find_methods(*type, name)) found.push_back(from_bundle(*method));
+    for (; type && found.empty(); type = type->super) add_built_ins(found, type->name, name);
     return found;
 }
 
@@ -116,8 +103,7 @@ std::vector<std::string> function_names(Host& host) {
 std::vector<std::string> member_names(Host& host, std::string_view class_name) {
     std::vector<std::string> names;
     for (const Class* owner : host.classes()) {
-        if (!class_name.empty() && fit(host, object_type(owner->name), object_type(class_name)) == Fit::No)
-            continue;
+        if (!class_name.empty() && !fits(host, object_type(owner->name), object_type(class_name))) continue;
         for (const Property& property : owner->properties) names.push_back(property.name);
         for (const Method& method : owner->methods) names.push_back(method.declaration.name);
         for (const BuiltIn& built_in : built_ins()) {

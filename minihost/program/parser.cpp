@@ -277,8 +277,7 @@ Clause Parser::catch_clause(const Token& opener) {
         const bool typed = tokens_.accept("as");
         const Position at = tokens_.peek().at;
         const Type caught = typed ? grammar_.type() : all;
-        if (fit(runtime_.host, all, caught) == Fit::No)
-            throw ScriptError(at, type_name(caught) + " is no exception");
+        if (!fits(runtime_.host, all, caught)) throw ScriptError(at, text_of(caught) + " is no exception");
         clause.class_name = caught.class_name;
         clause.slot = declare(name, caught);
     }

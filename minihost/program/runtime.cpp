@@ -12,13 +12,6 @@
 namespace minihost {
 namespace {
 
-bool derives(Host& host, const std::string& found, const std::string& declared) {
-    for (const Class* type = host.find_class(found); type; type = type->super) {
-        if (same_name(type->name, declared)) return true;
-    }
-    return false;
-}
-
 // The shortest text that reads back as the same number.
 std::string show_double(double number) {
     if (std::isnan(number)) return "nan";
@@ -61,11 +54,6 @@ void raise(Runtime& runtime, std::string_view class_name, std::string_view messa
 
 Type object_type(std::string_view class_name) { return {Kind::Object, std::string(class_name)}; }
 
-std::string type_name(const Type& type) {
-    if (type.kind == Kind::Nothing) return "a call without a result";
-    return type == kNil ? "Nil" : to_string(type);
-}
-
 std::vector<std::string> type_names(Host& host) {
     std::vector<std::string> names = built_in_type_names();
     for (const Class* type : host.classes()) names.push_back(type->name);
@@ -78,19 +66,8 @@ bool is_whole(const Type& type) {
 
 bool is_number(const Type& type) { return is_whole(type) || type.kind == Kind::Double; }
 
-Fit fit(Host& host, const Type& declared, const Type& found) {
-    if (found.kind == Kind::Nothing) return Fit::No;
-    if (same_name(declared.class_name, "Variant")) return Fit::Whole;
-    if (is_number(declared) && is_number(found)) {
-        return found.kind <= declared.kind ? Fit::Whole : Fit::Narrowed;
-    }
-    if (found == kNil) {
-        return declared.kind == Kind::Object || declared.kind == Kind::Ptr ? Fit::Whole : Fit::No;
-    }
-    if (declared.kind == Kind::Ptr && same_name(found.class_name, "MemoryBlock")) return Fit::Whole;
-    if (declared.kind != found.kind) return Fit::No;
-    const bool fits = declared.kind != Kind::Object || derives(host, found.class_name, declared.class_name);
-    return fits ? Fit::Whole : Fit::No;
+bool fits(const Host& host, const Type& declared, const Type& found) {
+    return distance(host, declared, found).has_value();
 }
 
 Value default_value(const Type& type) {
@@ -133,8 +110,8 @@ std::optional<Value> convert(const Value& value, const Type& type) {
 std::string range_text(const Type& type) {
     return with_number(type.kind, [&](auto zero) {
         using Limits = std::numeric_limits<decltype(zero)>;
-        return type_name(type) + " (" + std::to_string(Limits::min()) + " to " +
-               std::to_string(Limits::max()) + ')';
+        return text_of(type) + " (" + std::to_string(Limits::min()) + " to " + std::to_string(Limits::max()) +
+               ')';
     });
 }
 

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "minihost/library/host.h"
+#include "minihost/library/overloads.h"
 #include "minihost/program/hex_dump.h"
 #include "minihost/program/script_error.h"
 
@@ -45,7 +46,6 @@ struct Quit {
 
 // Types
 
-inline const Type kNil{Kind::Object, ""};  // fits every class, and Ptr
 inline const Type kBoolean{Kind::Boolean, ""};
 inline const Type kString{Kind::String, ""};
 inline const Type kInteger{Kind::Integer, ""};
@@ -53,14 +53,12 @@ inline const Type kInt64{Kind::Int64, ""};
 inline const Type kDouble{Kind::Double, ""};
 
 Type object_type(std::string_view class_name);
-std::string type_name(const Type& type);
 std::vector<std::string> type_names(Host& host);  // that can stand after As
 bool is_number(const Type& type);
 bool is_whole(const Type& type);
 
-// How well a value of one type does where another one is declared. A parameter "as Variant" takes all.
-enum class Fit { No, Narrowed, Whole };
-Fit fit(Host& host, const Type& declared, const Type& found);
+// Whether a value of one type does where another one is declared.
+bool fits(const Host& host, const Type& declared, const Type& found);
 
 // Values. A value of a type is held in one alternative of Value always; nil references are empty ones.
 
