@@ -53,4 +53,8 @@ struct Kernels {
     decltype(&kernels::cartesian_to_polar) cartesian_to_polar;
 };
 
+namespace plain {
+extern const Kernels kKernels;
+}
+
 }  // namespace kernels

@@ -2,24 +2,33 @@
 // Arithmetic, comparison and choice (+ - & | ^ << >> == < ?:) are the compiler's, lane by lane; what it has
 // no operator for stands in the level's own file:
 //
-//   Mask                 a number with kMaskBits bits for each byte of a vector, of which the lowest one
-//   counts equal_bytes(a, b)    a Mask of the bytes in which a and b are equal high_bits(v)         a Mask of
-//   the bytes of 0x80 and above any(v)               whether any bit is set reversed(v)          the bytes in
-//   reverse order swapped16/32(v)      the bytes of each unit of 2, of 4, in reverse order bits_reversed(v)
-//   the bits of each byte in reverse order sums_of_three(v)     for each unit of 4 bytes the sum of its first
-//   three, as a number of 32 bits without_borrow(a, b) differences of unsigned 16-bit numbers, 0 where they
-//   would be negative high_products(a, b)  the upper 16 bits of the products of unsigned 16-bit numbers
-//   widened_low/high(v)  bytes as 16-bit numbers: those that `narrowed` takes first, and second
-//   narrowed(a, b)       16-bit numbers of 0 to 32767 as bytes, at most 255
-//   scaled16(v, f, l)    unsigned 16-bit numbers times f in double precision, at most l, truncated; f and l
-//   have
-//                        equal lanes, and l is at most 65535
-
+// Mask: a number with kMaskBits bits for each byte of a vector, of which the lowest one counts
+// equal_bytes(a, b): a Mask of the bytes in which a and b are equal
+// high_bits(v): a Mask of the bytes of 0x80 and above
+// any(v): whether any bit is set
+// reversed(v): the bytes in reverse order
+// swapped16/32(v): the bytes of each unit of 2, of 4, in reverse order
+// bits_reversed(v): the bits of each byte in reverse order
+// sums_of_three(v): for each unit of 4 bytes the sum of its first three, as a number of 32 bits
+// without_borrow(a, b): differences of unsigned 16-bit numbers, 0 where they would be negative
+// high_products(a, b): the upper 16 bits of the products of unsigned 16-bit numbers
+// widened_low/high(v): bytes as 16-bit numbers: those that `narrowed` takes first, and second
+// narrowed(a, b): 16-bit numbers of 0 to 32767 as bytes, at most 255
+// scaled16(v, f, l): unsigned 16-bit numbers times f in double precision, at most l, truncated; f and l have
+//     equal lanes, and l is at most 65535
+// second_of(v): of the pair of floats in each word the second one, as a double
+// pairs_of(a, b): doubles, rounded to float, as such pairs
+// rounded(v): doubles rounded to float
+// truncated(v): doubles below 2^31 without their fractions
+// low_products(a, b): the products of the lower halves of words
+// looked_up(table, v): the table's words at the indices v
+// Fused::multiply_add(a, b, c): a * b + c, rounded once; Fused is Separate on levels without it
+//
 // For picking bytes by their positions, vectors hold windows of kWindowBytes bytes each:
 //
-//   kMostWindows         how many windows may be put together; 0 where no instruction picks bytes
-//   load_windows(p, d), store_windows(p, d, v)    windows that begin d bytes apart, stored in their order
-//   picked(v, from)      in each window the bytes at these positions, 0 for positions of 0x80 and above
+// kMostWindows: how many windows may be put together; 0 where no instruction picks bytes
+// load_windows(p, d), store_windows(p, d, v): windows that begin d bytes apart, stored in their order
+// picked(v, from): in each window the bytes at these positions, 0 for positions of 0x80 and above
 
 template <class Lane, size_t kBytes = kVectorBytes>
 struct VectorOf {
@@ -28,6 +37,9 @@ struct VectorOf {
 template <class Lane, size_t kBytes = kVectorBytes>
 using Vector = typename VectorOf<Lane, kBytes>::type;
 using Bytes = Vector<uint8_t>;
+using Words = Vector<uint64_t>;
+using Doubles = Vector<double>;
+using Floats = Vector<float>;
 
 template <class Lane>
 inline Vector<Lane> all(Lane value) {
@@ -50,6 +62,13 @@ inline Lanes smaller_lanes(Lanes a, Lanes b) {
 template <class Lanes>
 inline Lanes larger_lanes(Lanes a, Lanes b) {
     return a > b ? a : b;
+}
+
+// One by one: levels without a faster way use it.
+inline Words looked_up_singly(const uint64_t* table, Words indices) {
+    Words found;
+    for (size_t i = 0; i < kVectorBytes / sizeof(uint64_t); ++i) found[i] = table[indices[i]];
+    return found;
 }
 
 // The index of the first and of the last byte of a mask that is not empty.

@@ -108,6 +108,29 @@ inline Bytes expanded(const uint8_t* bits) {
     return Bytes((bytes & bit_of_each) == bit_of_each);
 }
 
+inline Doubles second_of(Words pairs) {
+    const auto floats = __m256(pairs);
+    const auto second =
+        _mm_shuffle_ps(_mm256_castps256_ps128(floats), _mm256_extractf128_ps(floats, 1), 0b11'01'11'01);
+    return Doubles(_mm256_cvtps_pd(second));
+}
+inline Words pairs_of(Doubles first, Doubles second) {
+    const __m128 a = _mm256_cvtpd_ps(__m256d(first));
+    const __m128 b = _mm256_cvtpd_ps(__m256d(second));
+    return Words(_mm256_setr_m128(_mm_unpacklo_ps(a, b), _mm_unpackhi_ps(a, b)));
+}
+inline Doubles rounded(Doubles v) { return Doubles(_mm256_cvtps_pd(_mm256_cvtpd_ps(__m256d(v)))); }
+inline Words low_products(Words a, Words b) { return Words(_mm256_mul_epu32(__m256i(a), __m256i(b))); }
+inline Words looked_up(const uint64_t* table, Words indices) { return looked_up_singly(table, indices); }
+inline Doubles truncated(Doubles v) {
+    return Doubles(_mm256_round_pd(__m256d(v), _MM_FROUND_TO_ZERO | _MM_FROUND_NO_EXC));
+}
+struct Fused {
+    static Doubles multiply_add(Doubles a, Doubles b, Doubles c) {
+        return Doubles(_mm256_fmadd_pd(__m256d(a), __m256d(b), __m256d(c)));
+    }
+};
+
 #include "kernels/levels/operations.h"
 
 }  // namespace

@@ -104,6 +104,29 @@ inline Bytes expanded(const uint8_t* bits) {
     return Bytes(_mm512_movm_epi8(bits_in_bytes_reversed(load<uint64_t>(bits))));
 }
 
+inline Doubles second_of(Words pairs) {
+    const __m256i second = _mm512_cvtepi64_epi32(__m512i(pairs >> 32));
+    return Doubles(_mm512_cvtps_pd(__m256(second)));
+}
+inline Words pairs_of(Doubles first, Doubles second) {
+    const __m256 a = _mm512_cvtpd_ps(__m512d(first));
+    const __m256 b = _mm512_cvtpd_ps(__m512d(second));
+    return Words(_mm512_cvtepu32_epi64(__m256i(a))) | Words(_mm512_cvtepu32_epi64(__m256i(b))) << 32;
+}
+inline Doubles rounded(Doubles v) { return Doubles(_mm512_cvtps_pd(_mm512_cvtpd_ps(__m512d(v)))); }
+inline Words low_products(Words a, Words b) { return Words(_mm512_mul_epu32(__m512i(a), __m512i(b))); }
+inline Words looked_up(const uint64_t* table, Words indices) {
+    return Words(_mm512_i64gather_epi64(__m512i(indices), table, sizeof *table));
+}
+inline Doubles truncated(Doubles v) {
+    return Doubles(_mm512_roundscale_pd(__m512d(v), _MM_FROUND_TO_ZERO | _MM_FROUND_NO_EXC));
+}
+struct Fused {
+    static Doubles multiply_add(Doubles a, Doubles b, Doubles c) {
+        return Doubles(_mm512_fmadd_pd(__m512d(a), __m512d(b), __m512d(c)));
+    }
+};
+
 #include "kernels/levels/operations.h"
 
 }  // namespace

@@ -84,6 +84,20 @@ inline Bytes expanded(const uint8_t* bits) {
     return Bytes((Bytes(bytes) & bit_of_each) == bit_of_each);
 }
 
+inline Doubles second_of(Words pairs) {
+    const auto floats = Floats(pairs);
+    return Doubles{double(floats[1]), double(floats[3])};
+}
+inline Words pairs_of(Doubles first, Doubles second) {
+    return Words(Floats{float(first[0]), float(second[0]), float(first[1]), float(second[1])});
+}
+inline Doubles rounded(Doubles v) { return Doubles{double(float(v[0])), double(float(v[1]))}; }
+inline Words low_products(Words a, Words b) { return (a & 0xFFFFFFFF) * (b & 0xFFFFFFFF); }
+inline Words looked_up(const uint64_t* table, Words indices) { return looked_up_singly(table, indices); }
+inline Doubles truncated(Doubles v) { return Doubles{double(int64_t(v[0])), double(int64_t(v[1]))}; }
+struct Separate;
+using Fused = Separate;
+
 #include "kernels/levels/operations.h"
 
 }  // namespace

@@ -85,6 +85,20 @@ inline Bytes expanded(const uint8_t* bits) {
     return Bytes((Bytes(bytes) & bit_of_each) == bit_of_each);
 }
 
+// Pairs of floats in the lanes of a word: the second ones as doubles; and doubles, rounded, as pairs.
+inline Doubles second_of(Words pairs) {
+    return Doubles(_mm_cvtps_pd(_mm_shuffle_ps(__m128(pairs), __m128(pairs), 0b00'00'11'01)));
+}
+inline Words pairs_of(Doubles first, Doubles second) {
+    return Words(_mm_unpacklo_ps(_mm_cvtpd_ps(__m128d(first)), _mm_cvtpd_ps(__m128d(second))));
+}
+inline Doubles rounded(Doubles v) { return Doubles(_mm_cvtps_pd(_mm_cvtpd_ps(__m128d(v)))); }
+inline Words low_products(Words a, Words b) { return Words(_mm_mul_epu32(__m128i(a), __m128i(b))); }
+inline Words looked_up(const uint64_t* table, Words indices) { return looked_up_singly(table, indices); }
+inline Doubles truncated(Doubles v) { return Doubles(_mm_cvtepi32_pd(_mm_cvttpd_epi32(__m128d(v)))); }
+struct Separate;
+using Fused = Separate;
+
 #include "kernels/levels/operations.h"
 
 }  // namespace
