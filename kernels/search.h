@@ -14,7 +14,8 @@ size_t find_byte(const uint8_t* data, size_t n, uint8_t value);
 size_t find_not_byte(const uint8_t* data, size_t n, uint8_t value);
 
 // The index in the n bytes of `haystack` at which the m bytes of `needle`, at least one, first lie wholly
-// inside. At most n * m byte comparisons; no memory of its own.
+// inside. Time grows with n + m, whatever the bytes; no memory of its own. What lies behind the page in which
+// the needle ends is not read.
 size_t find(const uint8_t* haystack, size_t n, const uint8_t* needle, size_t m);
 
 bool equal(const uint8_t* first, const uint8_t* second, size_t n);

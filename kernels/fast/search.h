@@ -1,60 +1,384 @@
-// Where the C library has a fast routine, it is used; the others go over words, four at a time, and look at
-// single bytes only inside the word that matters and after the last whole one.
+// A round looks at four vectors. In long runs the first and the last round overlap their neighbours, and
+// those between are aligned as a whole: no round reaches into a page behind that of the first byte that is
+// new to it. Short runs are cut at the page's end.
 
-constexpr size_t kGroup = 4 * kWord;
+constexpr size_t kVector = kVectorBytes;
+constexpr size_t kRound = 4 * kVector;
+constexpr size_t kPage = 4096;  // the smallest of any processor
+
+inline size_t left_in_page(const uint8_t* at) { return kPage - uintptr_t(at) % kPage; }
+
+// What bytes are looked for. What is seen of several vectors is joined by | and asked at once.
+struct ByteIs {
+    Bytes wanted;
+    Marks seen(Bytes v) const { return marked_equal(v, wanted); }
+    static Mask mask(Marks seen) { return mask_of(seen); }
+};
+struct ByteIsNot {
+    Bytes unwanted;
+    Bytes seen(Bytes v) const { return v ^ unwanted; }
+    static Mask mask(Bytes seen) { return mask_of(marked_equal(seen, Bytes{})) ^ kEveryByte; }
+};
+struct ByteIsHigh {
+    static Bytes seen(Bytes v) { return v & 0x80; }
+    static Mask mask(Bytes seen) { return high_bits(seen); }
+};
+
+// A run shorter than a round, all in readable memory.
+template <class Wanted>
+size_t find_in_few(const uint8_t* data, size_t n, Wanted wanted) {
+    if (n < kVector) {
+        const Mask found = wanted.mask(wanted.seen(part(data, n))) & first_bytes(n);
+        return found ? first(found) : kNotFound;
+    }
+    size_t i = 0;
+    for (; n - i > kVector; i += kVector) {
+        if (const Mask found = wanted.mask(wanted.seen(load<Bytes>(data + i)))) return i + first(found);
+    }
+    i = n - kVector;
+    const Mask found = wanted.mask(wanted.seen(load<Bytes>(data + i)));
+    return found ? i + first(found) : kNotFound;
+}
+
+template <class Wanted>
+inline bool round_has(const uint8_t* data, Wanted wanted) {
+    const auto front = wanted.seen(load<Bytes>(data)) | wanted.seen(load<Bytes>(data + kVector));
+    const auto back =
+        wanted.seen(load<Bytes>(data + 2 * kVector)) | wanted.seen(load<Bytes>(data + 3 * kVector));
+    return any(front | back);
+}
+
+template <class Wanted>
+inline size_t find_first(const uint8_t* data, size_t n, Wanted wanted) {
+    const size_t readable = left_in_page(data);
+    const uint8_t* at = data;
+    if (n < kRound || readable < kRound) {
+        const size_t head = smaller(n, readable);
+        const size_t found = find_in_few(data, head, wanted);
+        if (found != kNotFound || head == n) return found;
+        if (n < kRound) {
+            const size_t rest = find_in_few(data + head, n - head, wanted);
+            return rest == kNotFound ? rest : head + rest;
+        }
+        at += head;
+    } else if (!round_has(data, wanted)) {
+        at += kRound - uintptr_t(data) % kRound;
+    }
+    const uint8_t* const last = data + (n - kRound);
+    while (at < last && !round_has(at, wanted)) at += kRound;
+    if (at > last) at = last;
+    const size_t found = find_in_few(at, kRound, wanted);
+    return found == kNotFound ? found : size_t(at - data) + found;
+}
 
 size_t find_byte(const uint8_t* data, size_t n, uint8_t value) {
-    const void* found = n > 0 ? memchr(data, value, n) : nullptr;
-    return found ? size_t(static_cast<const uint8_t*>(found) - data) : kNotFound;
+    return find_first(data, n, ByteIs{all(value)});
 }
-
 size_t find_not_byte(const uint8_t* data, size_t n, uint8_t value) {
-    const uint64_t same = eight_of(value);
-    const auto differences = [&](size_t i) { return load<uint64_t>(data + i) ^ same; };
-    // Whole groups are aligned: none reaches into a page behind that of the byte that decides.
-    const size_t head = smaller(n, size_t(-uintptr_t(data) % kGroup));
-    size_t i = 0;
-    while (i < head && data[i] == value) ++i;
-    if (i < head) return i;
-    while (n - i >= kGroup && (differences(i) | differences(i + kWord) | differences(i + 2 * kWord) |
-                               differences(i + 3 * kWord)) == 0) {
-        i += kGroup;
-    }
-    while (n - i >= kWord && differences(i) == 0) i += kWord;
-    while (i < n && data[i] == value) ++i;
-    return i < n ? i : kNotFound;
+    return find_first(data, n, ByteIsNot{all(value)});
 }
-
-// The needle's last byte is compared before the rest: repetitive data then seldom costs a whole comparison.
-size_t find(const uint8_t* haystack, size_t n, const uint8_t* needle, size_t m) {
-    if (m > n) return kNotFound;
-    const uint8_t* const end = haystack + (n - m) + 1;
-    for (const uint8_t* at = haystack;; ++at) {
-        at = static_cast<const uint8_t*>(memchr(at, needle[0], size_t(end - at)));
-        if (!at) return kNotFound;
-        if (at[m - 1] == needle[m - 1] && memcmp(at, needle, m) == 0) return size_t(at - haystack);
-    }
-}
+bool all_zero(const uint8_t* data, size_t n) { return find_not_byte(data, n, 0) == kNotFound; }
+bool all_ascii(const uint8_t* data, size_t n) { return find_first(data, n, ByteIsHigh{}) == kNotFound; }
 
 bool equal(const uint8_t* first, const uint8_t* second, size_t n) {
-    return n == 0 || memcmp(first, second, n) == 0;
+    if (n < kVector) return !any(part(first, n) ^ part(second, n));
+    const auto differences = [&](size_t i) { return load<Bytes>(first + i) ^ load<Bytes>(second + i); };
+    size_t i = 0;
+    for (; n - i > kRound; i += kRound) {
+        const Bytes front = differences(i) | differences(i + kVector);
+        if (any(front | differences(i + 2 * kVector) | differences(i + 3 * kVector))) return false;
+    }
+    for (; n - i > kVector; i += kVector) {
+        if (any(differences(i))) return false;
+    }
+    return !any(differences(n - kVector));
 }
 
-bool all_zero(const uint8_t* data, size_t n) { return find_not_byte(data, n, 0) == kNotFound; }
+// Searching a needle: vectors of haystack bytes, loaded at a few offsets, the probes, are compared with the
+// needle's byte there; where all agree, the whole needle is compared. The first probes are bytes that seldom
+// occur. Where too many places agree, more probes are compared at once; where whole comparisons fail, the
+// place at which they failed becomes a probe, and the haystack's byte there tells how far the needle may be
+// moved on. When that has cost more than it should, the rest is searched by a method whose time is linear for
+// all inputs.
 
-bool all_ascii(const uint8_t* data, size_t n) {
-    const uint64_t high_bits = eight_of(0x80);
+// The bytes of text, source code and logs from the most frequent one on; all others are rare.
+constexpr char kFrequent[] =
+    " etaoinsrhldcumpfgyb0w1vk,.2-\n35_4:x6789/"
+    "=j\"T()SAIqCzEPRMDNLOFBW'\0HGU;\r\t>V<*[]Y+JK#|{}X&Q%Z@$!?\\^~`\377";
+
+struct Ranks {
+    uint8_t of[256];
+};
+constexpr Ranks ranks() {
+    Ranks ranks = {};
+    constexpr size_t kCount = sizeof kFrequent - 1;
+    for (size_t i = 0; i < kCount; ++i) ranks.of[uint8_t(kFrequent[i])] = uint8_t(kCount - i);
+    return ranks;
+}
+constexpr Ranks kRanks = ranks();
+
+constexpr size_t kMaxProbes = 6;
+constexpr size_t kShortNeedle = 32;   // compared at all places of a vector at once, byte after byte
+constexpr size_t kShortSearch = 512;  // places that are searched before any choice of probes
+
+// The byte that differs from that at `offset` and is nearest to the front.
+inline size_t other_byte(const uint8_t* needle, size_t m, size_t offset) {
+    const size_t other = find_first(needle, m, ByteIsNot{all(needle[offset])});
+    return other != kNotFound ? other : offset == 0 ? m - 1 : 0;
+}
+
+// How many of the first n bytes are equal.
+inline size_t equal_front(const uint8_t* a, const uint8_t* b, size_t n) {
+    if (n > 0 && a[0] != b[0]) return 0;
     size_t i = 0;
-    for (; n - i >= kGroup; i += kGroup) {
-        const uint64_t bits = load<uint64_t>(data + i) | load<uint64_t>(data + i + kWord) |
-                              load<uint64_t>(data + i + 2 * kWord) | load<uint64_t>(data + i + 3 * kWord);
-        if ((bits & high_bits) != 0) return false;
+    for (; n - i >= kVector; i += kVector) {
+        const Mask same = mask_of(marked_equal(load<Bytes>(a + i), load<Bytes>(b + i)));
+        if (same != kEveryByte) return i + first(same ^ kEveryByte);
     }
-    for (; n - i >= kWord; i += kWord) {
-        if ((load<uint64_t>(data + i) & high_bits) != 0) return false;
+    const Mask same = mask_of(marked_equal(part(a + i, n - i), part(b + i, n - i))) | ~first_bytes(n - i);
+    const Mask differs = (same ^ kEveryByte) & first_bytes(n - i);
+    return differs ? i + first(differs) : n;
+}
+
+// The index of the last of n bytes that differ, or kNotFound.
+inline size_t last_difference(const uint8_t* a, const uint8_t* b, size_t n) {
+    size_t i = n;
+    for (; i >= kVector; i -= kVector) {
+        const size_t at = i - kVector;
+        const Mask same = mask_of(marked_equal(load<Bytes>(a + at), load<Bytes>(b + at)));
+        if (same != kEveryByte) return at + last(same ^ kEveryByte);
     }
-    for (; i < n; ++i) {
-        if (data[i] >= 0x80) return false;
+    const Mask same = mask_of(marked_equal(part(a, i), part(b, i)));
+    const Mask differs = (same ^ kEveryByte) & first_bytes(i);
+    return differs ? last(differs) : kNotFound;
+}
+
+// The index of the last of n bytes that is `value`, or kNotFound.
+inline size_t last_byte(const uint8_t* data, size_t n, uint8_t value) {
+    size_t i = n;
+    for (; i >= kVector; i -= kVector) {
+        const Mask found = mask_of(marked_equal(load<Bytes>(data + i - kVector), all(value)));
+        if (found) return i - kVector + last(found);
     }
-    return true;
+    const Mask found = mask_of(marked_equal(part(data, i), all(value))) & first_bytes(i);
+    return found ? last(found) : kNotFound;
+}
+
+// The start of the needle's greatest suffix, by the order of bytes or by the reverse one, and its period.
+struct Suffix {
+    size_t start;
+    size_t period;
+};
+inline Suffix greatest_suffix(const uint8_t* needle, size_t m, bool reverse) {
+    Suffix best = {0, 1};
+    size_t other = 1;  // the suffix that is compared with the best one
+    size_t k = 0;      // how many of their bytes are equal
+    while (other + k < m) {
+        const uint8_t a = needle[other + k];
+        const uint8_t b = needle[best.start + k];
+        if (a == b) {
+            if (++k == best.period) {
+                other += k;
+                k = 0;
+            }
+        } else if ((a < b) != reverse) {
+            other += k + 1;
+            k = 0;
+            best.period = other - best.start;
+        } else {
+            best = {other, 1};
+            ++other;
+            k = 0;
+        }
+    }
+    return best;
+}
+
+// Crochemore and Perrin, "Two-way string-matching", Journal of the ACM 38, 1991: the needle is cut where its
+// greatest suffix begins; its back is compared forwards, then its front. Linear, and without memory of its
+// own.
+size_t find_two_way(const uint8_t* haystack, size_t n, const uint8_t* needle, size_t m) {
+    const Suffix a = greatest_suffix(needle, m, false);
+    const Suffix b = greatest_suffix(needle, m, true);
+    const Suffix cut = a.start > b.start ? a : b;
+    const bool periodic = equal(needle, needle + cut.period, cut.start);
+    const size_t period = periodic ? cut.period : larger(cut.start, m - cut.start) + 1;
+    size_t known = 0;  // how many of the needle's first bytes are known to be equal
+    for (size_t at = 0; m <= n - at;) {
+        const size_t from = larger(cut.start, known);
+        const size_t back = from + equal_front(needle + from, haystack + at + from, m - from);
+        if (back < m) {
+            at += back - cut.start + 1;
+            known = 0;
+            if (at > n) break;
+            continue;
+        }
+        if (known >= cut.start || equal(needle + known, haystack + at + known, cut.start - known)) return at;
+        at += period;
+        known = periodic ? m - period : 0;
+        if (at > n) break;
+    }
+    return kNotFound;
+}
+
+// The marks of the places from `at` on at which all probes agree.
+template <size_t kProbes>
+inline Marks agreeing(const uint8_t* const (&at)[kProbes], const Bytes (&bytes)[kProbes], size_t i) {
+    Marks marks = marked_equal(load<Bytes>(at[0] + i), bytes[0]);
+    for (size_t k = 1; k < kProbes; ++k) marks &= marked_equal(load<Bytes>(at[k] + i), bytes[k]);
+    return marks;
+}
+
+struct Search {
+    const uint8_t* haystack;
+    const uint8_t* needle;
+    size_t m;
+    size_t starts;              // the number of places at which the needle may begin
+    size_t probes[kMaxProbes];  // offsets in the needle
+    size_t next = 0;            // the first place that has not been ruled out
+    size_t spent = 0;           // on comparisons that failed, in steps of about a vector
+    size_t active = 0;          // how many probes look for rounds worth a comparison
+    size_t learned = 0;         // how many probes were replaced
+
+    void spread_probes();
+    void choose_rare_probes();
+    size_t next_round() const;
+    template <size_t kProbes>
+    size_t first_round() const;
+    size_t places_from(size_t at) const;
+    size_t compare(size_t at, size_t places);
+    size_t compare_whole(size_t at, Mask mask);
+};
+
+void Search::spread_probes() {
+    const size_t spread[] = {0, m - 1, m / 2, m / 4, m / 2 + m / 4, 1};
+    for (size_t i = 0; i < kMaxProbes; ++i) probes[i] = spread[i];
+}
+
+// The rarest byte and a rare other one become the first two probes.
+void Search::choose_rare_probes() {
+    const size_t looked_at = smaller<size_t>(m, 256);
+    size_t rarest = 0;
+    for (size_t i = 1; i < looked_at; ++i) {
+        if (kRanks.of[needle[i]] < kRanks.of[needle[rarest]]) rarest = i;
+    }
+    size_t second = other_byte(needle, m, rarest);
+    for (size_t i = 0; i < looked_at; ++i) {
+        if (kRanks.of[needle[i]] < kRanks.of[needle[second]] && needle[i] != needle[rarest]) second = i;
+    }
+    probes[0] = rarest;
+    probes[1] = second;
+    active = 2;
+    if (m < 2 * kMaxProbes) return;
+    probes[5] = m - 1;
+    for (size_t i = 2; i < kMaxProbes; ++i) {
+        while (probes[i] == rarest || probes[i] == second) probes[i] = (probes[i] + 1) % m;
+    }
+}
+
+// How many places may be looked at together: no probe then reaches into a page behind that in which a needle
+// at the first of them ends.
+size_t Search::places_from(size_t at) const {
+    return smaller(smaller(starts - at, kRound), left_in_page(haystack + at + m - 1));
+}
+
+// The first place from which on a round of places should be compared, or `starts`.
+template <size_t kProbes>
+size_t Search::first_round() const {
+    if (places_from(next) < kRound) return next;
+    const uint8_t* at[kProbes];
+    Bytes bytes[kProbes];
+    for (size_t k = 0; k < kProbes; ++k) {
+        at[k] = haystack + probes[k];
+        bytes[k] = all(needle[probes[k]]);
+    }
+    const auto none_agrees = [&](size_t i) {
+        const Marks front = agreeing(at, bytes, i) | agreeing(at, bytes, i + kVector);
+        return !any(front | (agreeing(at, bytes, i + 2 * kVector) | agreeing(at, bytes, i + 3 * kVector)));
+    };
+    if (!none_agrees(next)) return next;
+    size_t i = next + kRound - uintptr_t(haystack + next + m - 1) % kRound;
+    while (starts - i >= kRound && none_agrees(i)) i += kRound;
+    return i;
+}
+
+// Compares all probes, and where they agree the whole needle, at the places from `at` on, and rules those
+// places out. Returns the first at which the needle lies.
+size_t Search::compare(size_t at, size_t places) {
+    const auto agreeing_here = [&](const auto& bytes_at, size_t i) {
+        Mask mask = kEveryByte;
+        const auto narrow = [&](size_t offset) {
+            mask &= mask_of(marked_equal(bytes_at(haystack + i + offset), all(needle[offset])));
+        };
+        for (size_t k = 0; k < kMaxProbes && mask != 0; ++k) narrow(probes[k]);
+        for (size_t k = 0; m <= kShortNeedle && k < m && mask != 0; ++k) narrow(k);
+        return mask;
+    };
+    const size_t end = at + places;
+    size_t found = kNotFound;
+    if (places < kVector) {
+        const auto some = [&](const uint8_t* bytes) { return part(bytes, places); };
+        found = compare_whole(at, agreeing_here(some, at) & first_bytes(places));
+    } else {
+        for (size_t i = at; found == kNotFound && i < end; i += kVector) {
+            i = smaller(i, end - kVector);
+            found = compare_whole(i, agreeing_here(load<Bytes>, i));
+        }
+    }
+    next = larger(next, end);
+    return found;
+}
+
+// The first place of a mask, whose first bit stands for `at`, at which the whole needle lies.
+size_t Search::compare_whole(size_t at, Mask mask) {
+    for (; mask; mask = without_first(mask)) {
+        const size_t place = at + first(mask);
+        if (place < next) continue;
+        if (m <= kShortNeedle) return place;
+        const size_t difference = last_difference(haystack + place, needle, m);
+        if (difference == kNotFound) return place;
+        spent += 4 + (m - difference) / kVector;
+        next = place + 1;
+        probes[2 + learned++ % (larger<size_t>(active, 3) - 2)] = difference;
+        if (m - difference < kVector) continue;
+        const size_t again = last_byte(needle, difference, haystack[place + difference]);
+        next = place + difference - again;
+    }
+    return kNotFound;
+}
+
+size_t Search::next_round() const {
+    if (active == 2) return first_round<2>();
+    if (active == 3) return first_round<3>();
+    if (active == 4) return first_round<4>();
+    if (active == 6) return first_round<6>();
+    return next;
+}
+
+size_t find(const uint8_t* haystack, size_t n, const uint8_t* needle, size_t m) {
+    if (m > n) return kNotFound;
+    if (m == 1) return find_byte(haystack, n, needle[0]);
+    Search search = {haystack, needle, m, n - m + 1, {}};
+    search.spread_probes();
+    size_t rounds = 0;  // in which the active probes agreed somewhere,
+    size_t since = 0;   // from here on
+    while (search.next < search.starts) {
+        if (search.active == 0 && search.next >= kShortSearch) search.choose_rare_probes();
+        const size_t at = search.next_round();
+        if (at >= search.starts) break;
+        const size_t found = search.compare(at, search.places_from(at));
+        if (found != kNotFound) return found;
+        if (search.next >= search.starts) break;
+        if (search.active != 0 && search.active < kMaxProbes &&
+            ++rounds > 4 + (search.next - since) / (8 * kRound)) {
+            search.active += search.active == 4 ? 2 : 1;
+            rounds = 0;
+            since = search.next;
+        }
+        if (search.spent > 256 + search.next / 2) {
+            const size_t rest = find_two_way(haystack + search.next, n - search.next, needle, m);
+            return rest == kNotFound ? rest : search.next + rest;
+        }
+    }
+    return kNotFound;
 }

@@ -3,9 +3,12 @@
 // no operator for stands in the level's own file:
 //
 // Mask: a number with kMaskBits bits for each byte of a vector, of which the lowest one counts
-// equal_bytes(a, b): a Mask of the bytes in which a and b are equal
+// Marks: a mark or none for each byte of a vector, to be joined by & and | before a Mask is made
+// mask_of(marks): the Mask of the bytes that have a mark
+// marked_equal(a, b): marks of the bytes in which a and b are equal
 // high_bits(v): a Mask of the bytes of 0x80 and above
-// any(v): whether any bit is set
+// any(v): whether any bit, or any mark, is set
+// part(bytes, n): the n bytes there, fewer than a vector's, and zeros; other bytes are not touched
 // reversed(v): the bytes in reverse order
 // swapped16/32(v): the bytes of each unit of 2, of 4, in reverse order
 // bits_reversed(v): the bits of each byte in reverse order
@@ -100,4 +103,49 @@ inline Bytes bits_reversed_by_shifts(Bytes v) {
     words = (words >> 4 & 0x0F0F0F0F0F0F0F0F) | (words & 0x0F0F0F0F0F0F0F0F) << 4;
     words = (words >> 2 & 0x3333333333333333) | (words & 0x3333333333333333) << 2;
     return Bytes((words >> 1 & 0x5555555555555555) | (words & 0x5555555555555555) << 1);
+}
+
+// The mask of the first n bytes, of which there are fewer than a vector's; and that of all.
+inline Mask first_bytes(size_t n) { return (Mask(1) << n * kMaskBits) - 1; }
+constexpr Mask kEveryByte = Mask(~Mask(0)) >> (sizeof(Mask) * 8 - kVectorBytes * kMaskBits);
+
+// The n bytes at `bytes`, fewer than a word's, and zeros.
+inline uint64_t part_of_word(const uint8_t* bytes, size_t n) {
+    if (n >= 4) {
+        return load<uint32_t>(bytes) | uint64_t(load<uint32_t>(bytes + n - 4)) << 8 * (n - 4);
+    }
+    if (n == 0) return 0;
+    return bytes[0] | uint64_t(bytes[n / 2]) << 8 * (n / 2) | uint64_t(bytes[n - 1]) << 8 * (n - 1);
+}
+
+// The n bytes at `bytes`, fewer than a vector's, and zeros. Other bytes are not touched. By words: levels
+// without a faster way use it.
+inline Bytes part_by_words(const uint8_t* bytes, size_t n) {
+    Vector<uint64_t> words = {};
+    size_t word = 0;
+    if constexpr (kVectorBytes == 32) {
+        if (n >= 16) {
+            words[0] = load<uint64_t>(bytes);
+            words[1] = load<uint64_t>(bytes + kWord);
+            bytes += 16;
+            n -= 16;
+            word = 2;
+        }
+    }
+    uint64_t low = 0;
+    uint64_t high = 0;
+    if (n >= kWord) {
+        low = load<uint64_t>(bytes);
+        high = load<uint64_t>(bytes + n - kWord) >> 8 * (15 - n) >> 8;
+    } else {
+        low = part_of_word(bytes, n);
+    }
+    if (word == 0) {
+        words[0] = low;
+        words[1] = high;
+    } else {
+        words[2 % (kVectorBytes / kWord)] = low;
+        words[3 % (kVectorBytes / kWord)] = high;
+    }
+    return Bytes(words);
 }

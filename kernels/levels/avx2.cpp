@@ -13,9 +13,12 @@ using Mask = uint32_t;
 constexpr size_t kMaskBits = 1;
 #include "kernels/fast/vector.h"
 
-inline Mask equal_bytes(Bytes a, Bytes b) { return Mask(_mm256_movemask_epi8(__m256i(a == b))); }
 inline Mask high_bits(Bytes v) { return Mask(_mm256_movemask_epi8(__m256i(v))); }
+using Marks = Bytes;
+inline Marks marked_equal(Bytes a, Bytes b) { return Marks(a == b); }
+inline Mask mask_of(Marks marks) { return high_bits(marks); }
 inline bool any(Bytes v) { return !_mm256_testz_si256(__m256i(v), __m256i(v)); }
+inline Bytes part(const uint8_t* bytes, size_t n) { return part_by_words(bytes, n); }
 
 // Shuffles within each half.
 inline Bytes shuffled(Bytes v, Bytes from) { return Bytes(_mm256_shuffle_epi8(__m256i(v), __m256i(from))); }

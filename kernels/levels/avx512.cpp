@@ -13,9 +13,15 @@ using Mask = uint64_t;
 constexpr size_t kMaskBits = 1;
 #include "kernels/fast/vector.h"
 
-inline Mask equal_bytes(Bytes a, Bytes b) { return _mm512_cmpeq_epi8_mask(__m512i(a), __m512i(b)); }
 inline Mask high_bits(Bytes v) { return _mm512_movepi8_mask(__m512i(v)); }
+using Marks = Mask;
+inline Marks marked_equal(Bytes a, Bytes b) { return _mm512_cmpeq_epi8_mask(__m512i(a), __m512i(b)); }
+inline Mask mask_of(Marks marks) { return marks; }
+inline bool any(Marks marks) { return marks != 0; }
 inline bool any(Bytes v) { return _mm512_test_epi8_mask(__m512i(v), __m512i(v)) != 0; }
+inline Bytes part(const uint8_t* bytes, size_t n) {
+    return Bytes(_mm512_maskz_loadu_epi8(first_bytes(n), bytes));
+}
 
 // Shuffles within each quarter.
 inline Bytes shuffled(Bytes v, Bytes from) { return Bytes(_mm512_shuffle_epi8(__m512i(v), __m512i(from))); }

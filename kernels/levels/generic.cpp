@@ -17,11 +17,14 @@ inline Mask high_bits(Bytes v) {
     for (size_t i = 0; i < kVectorBytes; ++i) mask |= Mask(v[i] >> 7) << i;
     return mask;
 }
-inline Mask equal_bytes(Bytes a, Bytes b) { return high_bits(Bytes(a == b)); }
+using Marks = Bytes;
+inline Marks marked_equal(Bytes a, Bytes b) { return Marks(a == b); }
+inline Mask mask_of(Marks marks) { return high_bits(marks); }
 inline bool any(Bytes v) {
     const auto words = Vector<uint64_t>(v);
     return (words[0] | words[1]) != 0;
 }
+inline Bytes part(const uint8_t* bytes, size_t n) { return part_by_words(bytes, n); }
 
 inline Bytes swapped16(Bytes v) {
     const auto units = Vector<uint16_t>(v);

@@ -13,9 +13,12 @@ using Mask = uint32_t;
 constexpr size_t kMaskBits = 1;
 #include "kernels/fast/vector.h"
 
-inline Mask equal_bytes(Bytes a, Bytes b) { return Mask(_mm_movemask_epi8(__m128i(a == b))); }
 inline Mask high_bits(Bytes v) { return Mask(_mm_movemask_epi8(__m128i(v))); }
+using Marks = Bytes;
+inline Marks marked_equal(Bytes a, Bytes b) { return Marks(a == b); }
+inline Mask mask_of(Marks marks) { return high_bits(marks); }
 inline bool any(Bytes v) { return !_mm_testz_si128(__m128i(v), __m128i(v)); }
+inline Bytes part(const uint8_t* bytes, size_t n) { return part_by_words(bytes, n); }
 
 inline Bytes shuffled(Bytes v, Bytes from) { return Bytes(_mm_shuffle_epi8(__m128i(v), __m128i(from))); }
 

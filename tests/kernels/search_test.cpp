@@ -44,7 +44,7 @@ TEST_P(SearchKernel, FindsTheFirstWholePattern) {
     size_t found = 0;
     for (int round = 0; round < 8000; ++round) {
         const size_t size = any_size(random, round);
-        const size_t length = between<size_t>(random, 1, round % 3 == 0 ? 40 : 5);
+        const size_t length = between<size_t>(random, 1, round % 3 == 0 ? 90 : 5);
         const auto values = between<uint16_t>(random, 0, 2);
         GuardedBytes memory(size, GuardedBytes::kBothSides[round % 2]);
         GuardedBytes pattern(length, GuardedBytes::kBothSides[round / 2 % 2]);
@@ -59,6 +59,56 @@ TEST_P(SearchKernel, FindsTheFirstWholePattern) {
         found += expected != kernels::kNotFound;
     }
     EXPECT_GT(found, 3000U);
+}
+
+// Words repeated, with a few bytes changed, and needles of such words: many places agree with nearly all of
+// the needle, wherever one looks.
+TEST_P(SearchKernel, FindsPatternsInRepetitiveData) {
+    Random random;
+    const std::string_view words[] = {
+        "a", "ab", "abc", "aab", "abaababa", "abbabaabbaababba", "aaaaaaaaaaaab"};
+    const auto repeated = [&](std::string_view word, size_t size, int changes) {
+        std::vector<uint8_t> bytes(size);
+        for (size_t i = 0; i < size; ++i) bytes[i] = uint8_t(word[i % word.size()]);
+        for (int i = 0; i < changes; ++i) bytes[between<size_t>(random, 0, size - 1)] = 'b';
+        return bytes;
+    };
+    size_t found = 0;
+    for (int round = 0; round < 1500; ++round) {
+        const std::string_view word = words[between<size_t>(random, 0, std::size(words) - 1)];
+        const size_t size = between<size_t>(random, 600, 9000);
+        const size_t length = between<size_t>(random, 2, round % 2 == 0 ? 70 : 600);
+        const GuardedBytes memory(repeated(word, size, between(random, 0, 60)));
+        std::vector<uint8_t> needle = repeated(word, length, between(random, 0, 2));
+        if (round % 3 == 0) std::copy_n(memory.data() + size - length, length, needle.begin());
+        const GuardedBytes pattern(needle, GuardedBytes::kBothSides[round % 2]);
+        const size_t expected = plain().find(memory.data(), size, pattern.data(), length);
+        ASSERT_EQ(fast().find(memory.data(), size, pattern.data(), length), expected)
+            << length << " bytes in " << size;
+        found += expected != kernels::kNotFound;
+    }
+    EXPECT_GT(found, 500U);
+    EXPECT_LT(found, 1400U);
+}
+
+// The range is said to be longer than the memory, which ends with the needle.
+TEST_P(SearchKernel, ReadsNothingBehindThePageInWhichTheFirstMatchEnds) {
+    Random random;
+    for (int round = 0; round < 3000; ++round) {
+        const size_t size = between<size_t>(random, 1, round % 20 == 0 ? 9000 : 400);
+        const size_t length = between<size_t>(random, 1, std::min<size_t>(size, round % 2 == 0 ? 20 : 300));
+        GuardedBytes memory(size, GuardedBytes::kEnd);
+        for (uint8_t& byte : memory.bytes()) byte = uint8_t('a' + between(random, 0, round % 3));
+        memory.data()[size - 1] = 'z';
+        const std::vector<uint8_t> needle(memory.data() + size - length, memory.data() + size);
+        const size_t said = size + between<size_t>(random, 1, 10000);
+        ASSERT_EQ(fast().find(memory.data(), said, needle.data(), length), size - length)
+            << length << " bytes in " << size;
+        ASSERT_EQ(fast().find_byte(memory.data(), said, 'z'), size - 1);
+        std::fill_n(memory.data(), size - 1, uint8_t('a'));
+        ASSERT_EQ(fast().find_not_byte(memory.data(), said, 'a'), size - 1);
+        ASSERT_FALSE(fast().all_zero(memory.data(), said));
+    }
 }
 
 TEST_P(SearchKernel, ComparesAllBytesOfRangesThatMayOverlap) {
