@@ -3,7 +3,6 @@
 // The libraries' headers are not written for this project's warnings.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wold-style-cast"
-#pragma GCC diagnostic ignored "-Wuseless-cast"
 #ifdef HAVE_STRINGZILLA
 #include <stringzilla/stringzilla.h>
 #endif

@@ -1,15 +1,14 @@
 #include "minihost/program/scopes.h"
 
-#include <ranges>
-
 #include "minihost/program/names.h"
 
 namespace minihost {
 
 const Variable* Scopes::find(std::string_view name) const {
-    for (const auto& block : std::views::reverse(blocks_)) {
-        const auto found = block.find(lower(name));
-        if (found != block.end()) return &found->second;
+    const std::string key = lower(name);
+    for (auto block = blocks_.rbegin(); block != blocks_.rend(); ++block) {
+        const auto found = block->find(key);
+        if (found != block->end()) return &found->second;
     }
     return nullptr;
 }

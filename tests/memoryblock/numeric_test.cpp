@@ -166,8 +166,8 @@ TEST_F(NumericTest, PairsAreCutToWholeOnesInsideTheBlocks) {
                 GuardedBytes memory(kSize);
                 GuardedBytes source(axis(size_t(source_size > 0 ? source_size : 32)));
                 const int64_t room = offset < 0 ? 0 : (size > 0 ? size : kSize) - offset;
-                const auto check = [&](const Bytes& pairs, const char* member,
-                                       const std::vector<Value>& arguments) {
+                const auto check = [&, size = size](const Bytes& pairs, const char* member,
+                                                    const std::vector<Value>& arguments) {
                     Bytes expected(kSize);
                     for (size_t i = 0; int64_t(i) < count &&
                                        8 * int64_t(i + 1) <= std::min<int64_t>(room, std::ssize(pairs));

@@ -1,6 +1,8 @@
 // Gathering and expanding: which arguments are accepted, and what then arrives where.
 #include <algorithm>
 #include <array>
+#include <cstdlib>
+#include <string>
 
 #include "tests/support/bundle_test.h"
 
@@ -51,8 +53,11 @@ class StrideTest : public MemberTest {
         const Bytes before(11, 0xEE);
         size_t all = 1;
         for (const Numbers& choice : numbers) all *= choice.size();
-        int accepted = 0;
-        for (size_t round = 0; round < all; ++round) {
+        // Whoever runs this under something slow asks for only every n-th choice.
+        const char* asked = std::getenv("SWEEP_EVERY");
+        const size_t every = asked ? std::stoul(asked) : 1;
+        size_t accepted = 0;
+        for (size_t round = 0; round < all; round += every) {
             int32_t n[5];
             size_t rest = round;
             for (size_t i = 0; i < 5; rest /= numbers[i++].size())
@@ -66,7 +71,7 @@ class StrideTest : public MemberTest {
                 << ") gave " << done << ", "
                 << same_bytes(destination.bytes(), expected.value_or(before)).message();
         }
-        EXPECT_GT(accepted, 1000);
+        EXPECT_GT(accepted * every, 1000u);
     }
 };
 
