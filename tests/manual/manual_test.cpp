@@ -1,5 +1,5 @@
-// The manual says what happens: its examples are run, its declarations are those that the bundle registers, and
-// its links lead somewhere.
+// The manual says what happens: its examples are run, its declarations are those that the bundle registers,
+// and its links lead somewhere.
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -67,9 +67,9 @@ std::string run(const std::string& arguments, const std::string& input) {
     const fs::path folder = fs::temp_directory_path() / ("manual" + std::to_string(getpid()));
     fs::create_directories(folder);
     std::ofstream(folder / "in", std::ios::binary) << input;
-    const std::string command = "cd '" + kRoot.string() + "' && '" MINIHOST_PROGRAM "' --plugin '" MINIHOST_BUNDLE
-                                "' " + arguments + " <'" + (folder / "in").string() + "' >'" +
-                                (folder / "out").string() + "' 2>&1";
+    const std::string command =
+        "cd '" + kRoot.string() + "' && '" MINIHOST_PROGRAM "' --plugin '" MINIHOST_BUNDLE "' " + arguments +
+        " <'" + (folder / "in").string() + "' >'" + (folder / "out").string() + "' 2>&1";
     const int status = std::system(command.c_str());  // NOLINT(cert-env33-c): the tests' own commands
     std::string output = read(folder / "out");
     if (status != 0) output += "exit status " + std::to_string(WEXITSTATUS(status)) + "\n";
@@ -100,6 +100,7 @@ TEST(Manual, ExamplesPrintWhatThePagesShow) {
 std::map<std::string, std::vector<std::string>> documented() {
     std::map<std::string, std::vector<std::string>> entries;
     for (const auto& file : fs::directory_iterator(kManual)) {
+        if (file.path().extension() != ".md") continue;
         std::istringstream lines(prose(read(file.path())));
         std::string name;
         for (std::string line; std::getline(lines, line);) {
