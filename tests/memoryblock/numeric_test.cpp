@@ -155,8 +155,10 @@ TEST_F(NumericTest, PairsAreCutToWholeOnesInsideTheBlocks) {
     for (const int32_t offset : extremes(24)) {
         for (const int32_t count : extremes(3)) {
             // 32 and 29 bytes that are there, and sizes that are unknown.
-            for (const auto& [source_size, size] :
+            for (const auto& sizes :
                  {std::pair(32, kSize), {16, kSize}, {7, kSize}, {32, 24}, {0, kSize}, {32, 0}, {-1, -1}}) {
+                const int32_t source_size = sizes.first;
+                const int32_t size = sizes.second;
                 // Where the size is unknown, a range that leaves the memory is the caller's fault.
                 if (offset >= 0 && ((size <= 0 && offset + 8 * int64_t(std::max(count, 0)) > kSize) ||
                                     (source_size <= 0 && count > 4)))

@@ -32,12 +32,12 @@ Function* next(const char* name) {
 }  // namespace
 
 // In the place of the C library's, for this program and all that it loads.
-extern "C" void* calloc(size_t count, size_t size) {
+extern "C" void* calloc(size_t count, size_t size) noexcept {
     static auto* const real = next<void*(size_t, size_t)>("calloc");
     return fails(__builtin_return_address(0)) ? nullptr : real(count, size);
 }
 
-extern "C" void* realloc(void* memory, size_t size) {
+extern "C" void* realloc(void* memory, size_t size) noexcept {
     static auto* const real = next<void*(void*, size_t)>("realloc");
     return fails(__builtin_return_address(0)) ? nullptr : real(memory, size);
 }

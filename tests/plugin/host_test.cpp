@@ -175,7 +175,8 @@ TEST(HostWithout, OneOperationEverythingElseIsAsOnAnyHost) {
 REALstringData handed_out = {};
 REALboolean odd_string_data(REALstring, uint32_t, REALstringData* record) { return *record = handed_out, 1; }
 void keep_string_data(REALstringData*) {}
-int32_t negative_length(REALstring) { return INT32_MIN; }
+int32_t negative_length(REALstring) { return -3; }
+uint32_t no_encoding(REALstring) { return kTextEncodingUnknown; }
 void* load_negative_length(void*, const char*) { return reinterpret_cast<void*>(negative_length); }
 const char* no_bytes(REALstring) { return nullptr; }
 
@@ -192,8 +193,11 @@ TEST_F(HostTest, StringsWithoutBytesOrLengthAreEmpty) {
         EXPECT_EQ(call_for<int32_t>(memory, "FindStringZOR", {0, 0, text("b")}), -2);
         call(memory, "SetStringZOR", {text("xy"), 0});
         EXPECT_EQ(bytes(memory), hex("61 62 63 64 65 66"));
-        assign(memory, "OSTypeZOR", {0}, text("wxyz", kUtf8));
-        EXPECT_EQ(bytes(memory), hex("20 20 20 20 65 66"));
+        for (const uint32_t encoding : {kUtf8, kTextEncodingUnknown}) {
+            call(memory, "FillBytesZOR", {0, 4, 0});
+            assign(memory, "OSTypeZOR", {0}, text("wxyz", encoding));
+            EXPECT_EQ(bytes(memory), hex("20 20 20 20 65 66"));
+        }
     };
     const auto nothing = [](const ObjectRef&) {};
     for (const REALstringData& odd : {REALstringData{nullptr, 3, 0}, REALstringData{some, -3, 0},
@@ -213,17 +217,23 @@ TEST_F(HostTest, StringsWithoutBytesOrLengthAreEmpty) {
 // Hosts up to 2013.0 have records behind their strings.
 TEST_F(HostTest, StringRecordsWithoutBytesOrLengthAreEmpty) {
     const char some[] = ".bcd";
-    without({"REALLockString", "REALUnlockString", "REALGetStringEncoding", "REALConvertString"}, 2011.0);
+    start({.version = 2011.0,
+           .without = {"REALLockString", "REALUnlockString"},
+           .replace = {{"REALGetStringEncoding", replacement(no_encoding)}}});
     const ObjectRef memory = block("abcdef");
     const auto* block_handle = static_cast<REALmemoryBlock>(memory.get());
-    const auto function = [&](std::string_view name) {
+    const auto method = [&](std::string_view name) {
         const auto& methods = host().find_class("MemoryBlock")->methods;
-        return std::ranges::find(methods, name, [](const auto& m) { return m.declaration.name; })->function;
+        return *std::ranges::find(methods, name, [](const auto& m) { return m.declaration.name; });
     };
-    const auto find =
-        reinterpret_cast<int32_t (*)(const void*, int32_t, int32_t, const void*)>(function("FindStringZOR"));
-    const auto set = reinterpret_cast<void (*)(const void*, const void*, int32_t)>(function("SetStringZOR"));
+    const auto find = reinterpret_cast<int32_t (*)(const void*, int32_t, int32_t, const void*)>(
+        method("FindStringZOR").function);
+    const auto set =
+        reinterpret_cast<void (*)(const void*, const void*, int32_t)>(method("SetStringZOR").function);
+    const auto set_code =
+        reinterpret_cast<void (*)(const void*, int32_t, const void*)>(method("OSTypeZOR").setter);
     const REALstringRecord good = {0, some, 0, 3};
+    const REALstringRecord cdef = {0, ".cdef", 0, 4};
     EXPECT_EQ(find(block_handle, 0, 0, &good), 1);
     for (const REALstringRecord& odd :
          {REALstringRecord{0, nullptr, 0, 3}, REALstringRecord{0, some, 0, 0},
@@ -232,6 +242,9 @@ TEST_F(HostTest, StringRecordsWithoutBytesOrLengthAreEmpty) {
         EXPECT_EQ(find(block_handle, 0, 0, &odd), -2);
         set(block_handle, &odd, 0);
         EXPECT_EQ(bytes(memory), hex("61 62 63 64 65 66"));
+        set_code(block_handle, 2, &odd);
+        EXPECT_EQ(bytes(memory), hex("61 62 20 20 20 20"));
+        set(block_handle, &cdef, 2);
     }
 }
 

@@ -95,6 +95,12 @@ TEST_F(ServicesTest, StringDataComesFromTheHostOrFromTheFallback) {
             EXPECT_EQ(block_of("StringData", {e, roman, 4}), std::string("\x8Et\x8E\0\0\0\0", 7));
         }
     }
+    const auto negative = +[](REALstring) { return int32_t{-3}; };
+    static void* const kNegativeLength = reinterpret_cast<void*>(negative);
+    const auto load = +[](void*, const char*) { return kNegativeLength; };
+    start({.without = {"PluginGetStringData", "PluginDisposeStringData"},
+           .replace = {{"REALLoadGlobalMethod", reinterpret_cast<void*>(load)}}});
+    EXPECT_EQ(block_of("StringData", {ascii("abc"), stored}), std::nullopt);
     for (const char* key : {"StringGetCString", "REALLoadGlobalMethod"}) {
         start({.without = {"PluginGetStringData", "PluginDisposeStringData", key}});
         EXPECT_EQ(block_of("StringData", {ascii("abc"), stored}), std::nullopt) << key;
