@@ -49,6 +49,19 @@ std::optional<int64_t> InputFile::size() const {
     return status.st_size > 0 ? std::optional<int64_t>(status.st_size) : std::nullopt;
 }
 
+void InputFile::skip(int64_t count) {
+    if (size()) {
+        if (fseeko(file_.get(), off_t(count), SEEK_SET) != 0) fail("cannot read", name_);
+        return;
+    }
+    std::string ignored(kPiece, '\0');
+    while (count > 0) {
+        const size_t wanted = size_t(std::min<int64_t>(count, kPiece));
+        if (read(std::span(ignored).first(wanted)) < wanted) return;
+        count -= int64_t(wanted);
+    }
+}
+
 size_t InputFile::read(std::span<char> buffer) {
     size_t total = 0;
     while (total < buffer.size()) {

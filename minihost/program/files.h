@@ -30,6 +30,8 @@ class InputFile {
 
     // The size of a regular file; of others nothing is known before they have been read.
     std::optional<int64_t> size() const;
+    // Leaves out bytes; those of a file that is shorter are at its end.
+    void skip(int64_t count);
     // Reads until the buffer is full or the file ends, and returns how many bytes there were. Throws
     // Interrupted when it is interrupted.
     size_t read(std::span<char> buffer);

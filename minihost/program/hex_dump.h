@@ -1,6 +1,7 @@
-// Shows the bytes of blocks, and what has changed in them since they were last shown.
+// Shows the bytes of blocks, and what has changed in them.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <iosfwd>
 #include <map>
@@ -11,12 +12,29 @@ namespace minihost {
 
 class HexDump {
  public:
-    // With `colour`, changed bytes stand out by the escape sequences of terminals.
-    explicit HexDump(bool colour) : colour_(colour) {}
+    using Bytes = std::span<const uint8_t>;
+    static constexpr size_t kNoLimit = SIZE_MAX;
 
-    // Writes 16 bytes to a line: offset, hexadecimal, text. Of a long block the middle is left out. `block`
-    // only identifies the block from one call to the next; the newer block has the larger number.
-    void print(std::ostream& out, uint64_t block, std::span<const uint8_t> bytes);
+    struct Style {
+        bool colour = false;     // changed bytes stand out by the escape sequences of terminals
+        size_t line = 16;        // bytes in a line
+        size_t most = kNoLimit;  // lines of a dump; of a longer one the middle is left out
+    };
+    // As many bytes in a line as so many columns hold: 8, 16 or 32.
+    static size_t line_for(int columns);
+
+    explicit HexDump(Style style) : style_(style) {}
+
+    // Lines of offset, hexadecimal, text. Of a long block the middle is left out. With colour, what has
+    // changed since the block was last shown stands out; `block` identifies it, and newer ones have larger
+    // numbers.
+    void print(std::ostream& out, uint64_t block, Bytes bytes);
+
+    // The same of a part that begins at `offset`. A "*" stands for lines that are equal to the one above.
+    void dump(std::ostream& out, Bytes bytes, size_t offset) const;
+
+    // The lines in which two blocks differ, the one with "-" above the other with "+", and how many bytes do.
+    void changes(std::ostream& out, Bytes before, Bytes after) const;
 
  private:
     struct Shown {
@@ -24,10 +42,9 @@ class HexDump {
         std::map<size_t, std::string> lines;  // by offset
     };
 
-    void print_line(std::ostream& out, size_t offset, const std::string& line,
-                    const std::string& before) const;
+    void print_line(std::ostream& out, const std::string& head, Bytes line, Bytes before) const;
 
-    bool colour_;
+    Style style_;
     std::map<uint64_t, Shown> shown_;  // the newest blocks, only with colour
 };
 

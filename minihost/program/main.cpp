@@ -1,4 +1,5 @@
 // minihost runs scripts in the host's language against a bundle.
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
@@ -73,9 +74,17 @@ minihost::Options host_options(const CommandLine& line) {
     return options;
 }
 
-bool terminal_wants_colour() {
+// Blocks as the terminal can show them; whole, and without colour, where there is none.
+minihost::HexDump::Style dump_style() {
+    if (!isatty(STDOUT_FILENO)) return {};
     const char* no_colour = std::getenv("NO_COLOR");
-    return isatty(STDOUT_FILENO) && !(no_colour && *no_colour);
+    winsize size = {};
+    const bool known = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+    constexpr int kUsualColumns = 80;
+    constexpr size_t kMostLines = 200;
+    return {.colour = !(no_colour && *no_colour),
+            .line = minihost::HexDump::line_for(known ? size.ws_col : kUsualColumns),
+            .most = kMostLines};
 }
 
 class Formatter : public CLI::Formatter {
@@ -130,7 +139,7 @@ std::optional<CommandLine> parse_command_line(int argc, char** argv) {
 
 // What the command line asks for: statements, a script, a prompt, or statements from standard input.
 void run_input(minihost::Host& host, const CommandLine& line) {
-    minihost::Settings settings{.arguments = line.rest, .colour = terminal_wants_colour()};
+    minihost::Settings settings{.arguments = line.rest, .dump = dump_style()};
     const auto run = [&](const std::string& name, const std::string& statements) {
         minihost::Session(host, std::cout, settings).run(name, statements);
     };

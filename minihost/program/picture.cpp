@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
+#include <memory>
 #include <unordered_map>
 #include <vector>
 
@@ -46,7 +47,18 @@ Memory* memory_of_picture = nullptr;  // the library's macros have no context
 #define STBIW_FREE(bytes) memory_of_picture->release(bytes)
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wold-style-cast"
+#ifndef __clang__
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
 #include <stb/stb_image_write.h>
+#define STB_IMAGE_IMPLEMENTATION
+#define STB_IMAGE_STATIC
+#define STBI_ONLY_PNG
+#define STBI_ONLY_PNM
+#define STBI_NO_STDIO
+#define STBI_NO_LINEAR
+#define STBI_NO_HDR
+#include <stb/stb_image.h>
 #pragma GCC diagnostic pop
 
 namespace minihost {
@@ -62,6 +74,32 @@ std::string png(const uint8_t* samples, int width, int height, int samples_per_p
     stbi_write_png_to_func(append, &file, width, height, samples_per_pixel, samples,
                            width * samples_per_pixel);
     return file;
+}
+
+namespace {
+
+const stbi_uc* bytes_of(std::string_view file) { return reinterpret_cast<const stbi_uc*>(file.data()); }
+
+}  // namespace
+
+std::optional<PictureSize> picture_size(std::string_view file) {
+    PictureSize size = {};
+    int samples = 0;
+    const bool read =
+        stbi_info_from_memory(bytes_of(file), int(file.size()), &size.width, &size.height, &samples) != 0;
+    return read ? std::optional(size) : std::nullopt;
+}
+
+std::optional<std::string> picture_samples(std::string_view file, int samples_per_pixel) {
+    PictureSize size = {};
+    int in_file = 0;
+    const std::unique_ptr<stbi_uc, void (*)(void*)> samples(
+        stbi_load_from_memory(bytes_of(file), int(file.size()), &size.width, &size.height, &in_file,
+                              samples_per_pixel),
+        stbi_image_free);
+    if (!samples) return std::nullopt;
+    return std::string(reinterpret_cast<const char*>(samples.get()),
+                       size_t(size.width) * size_t(size.height) * size_t(samples_per_pixel));
 }
 
 }  // namespace minihost

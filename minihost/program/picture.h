@@ -3,7 +3,9 @@
 
 #include <cstdint>
 #include <memory_resource>
+#include <optional>
 #include <string>
+#include <string_view>
 
 namespace minihost {
 
@@ -15,5 +17,15 @@ constexpr int64_t kLargestPicture = 1'400'000'000;
 // opacity), 3 (RGB) or 4 (RGBA) samples of 8 bits. Throws std::bad_alloc when `source` has not enough.
 std::string png(const uint8_t* samples, int width, int height, int samples_per_pixel,
                 std::pmr::memory_resource& source = *std::pmr::new_delete_resource());
+
+struct PictureSize {
+    int width;
+    int height;
+};
+
+// The size and the samples, in the order in which png() takes them, of a file's bytes: PNG, PPM or PGM, with
+// 8 or 16 bits a sample. Nothing for other files, and for pictures that need more memory than there is.
+std::optional<PictureSize> picture_size(std::string_view file);
+std::optional<std::string> picture_samples(std::string_view file, int samples_per_pixel);
 
 }  // namespace minihost

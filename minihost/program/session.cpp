@@ -20,7 +20,7 @@ std::string located(const std::string& name, Position at, const std::string& tex
 
 Session::Session(Host& host, std::ostream& out, Settings settings)
     : runtime_{host, out, std::move(settings.arguments), std::move(settings.script_folder),
-               HexDump(settings.colour)},
+               HexDump(settings.dump)},
       interactive_(settings.interactive) {}
 
 bool Session::run(const std::string& name, std::string_view text, bool more_can_come) {

@@ -15,7 +15,7 @@ namespace minihost {
 struct Settings {
     std::vector<std::string> arguments = {};    // of the script, without its name
     std::filesystem::path script_folder = ".";  // what ScriptFolder returns
-    bool colour = false;                        // in the dumps of blocks
+    HexDump::Style dump = {};                   // how blocks are shown
     bool interactive = false;  // a prompt: values alone are shown, names can be declared anew
 };
 

@@ -123,7 +123,7 @@ TEST_F(Script, PrintsDoublesThatReadBackTheSame) {
 
 TEST_F(Script, TurnsFailuresIntoHostExceptions) {
     std::ostringstream out;
-    Runtime runtime{host(), out, {}, ".", HexDump(false)};
+    Runtime runtime{host(), out, {}, ".", HexDump({})};
     const auto raised = [&](auto error) -> std::string {
         try {
             minihost::run({{{1, 0}, [&](Runtime&) -> Flow { throw error; }}}, runtime);
@@ -244,7 +244,7 @@ TEST_F(Script, ColoursTheBytesThatChanged) {
     const std::string marked =
         "00000000  00 \x1b[1;33m41\x1b[0m 00                                          .\x1b[1;33mA\x1b[0m.\n";
     EXPECT_EQ(run(script), plain + changed + changed);
-    EXPECT_EQ(run(script, {.colour = true}), plain + marked + changed);
+    EXPECT_EQ(run(script, {.dump = {.colour = true}}), plain + marked + changed);
 }
 
 // A new block may come to lie where an old one lay.
@@ -252,13 +252,13 @@ TEST_F(Script, ColoursNothingInABlockThatIsNew) {
     const std::string dumps =
         run("For i As Integer = 1 To 5000\nDim b As New MemoryBlock(1)\nb.Byte(0) = i Mod 251\nPrint "
             "b\nNext",
-            {.colour = true});
+            {.dump = {.colour = true}});
     EXPECT_EQ(dumps.find('\x1b'), std::string::npos);
 }
 
 TEST(HexDump, TakesABlockOfAnotherSizeForAnotherBlock) {
     std::ostringstream out;
-    HexDump dump(true);
+    HexDump dump({.colour = true});
     const std::vector<uint8_t> bytes{1, 2, 3};
     dump.print(out, 1, std::span(bytes).first(1));
     dump.print(out, 1, bytes);

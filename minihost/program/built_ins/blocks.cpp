@@ -7,10 +7,9 @@ namespace minihost {
 namespace {
 
 // The place of `count` bytes inside a block. An unknown size is not checked.
-uint8_t* place(Runtime& runtime, const ObjectRef& self, const Value& offset, int64_t count) {
+uint8_t* place(Runtime& runtime, const ObjectRef& self, int64_t first, int64_t count) {
     if (!self) raise(runtime, "NilObjectException", "memoryblock is nil");
     auto* data = static_cast<uint8_t*>(runtime.host.block_data(self.get()));
-    const int64_t first = integer(offset);
     const int64_t size = runtime.host.block_size(self.get());
     if (!data || first < 0 || count < 0 || (size > 0 && first + count > size)) {
         raise(runtime, "OutOfBoundsException",
@@ -23,14 +22,14 @@ uint8_t* place(Runtime& runtime, const ObjectRef& self, const Value& offset, int
 template <class Number, class Result>
 Value get_number(Runtime& runtime, const ObjectRef& self, Arguments arguments) {
     Number value;
-    std::memcpy(&value, place(runtime, self, arguments[0], sizeof value), sizeof value);
+    std::memcpy(&value, place(runtime, self, integer(arguments[0]), sizeof value), sizeof value);
     return Result(value);
 }
 
 template <class Number, class Result>
 Value set_number(Runtime& runtime, const ObjectRef& self, Arguments arguments) {
     const auto value = Number(std::get<Result>(arguments[1]));
-    std::memcpy(place(runtime, self, arguments[0], sizeof value), &value, sizeof value);
+    std::memcpy(place(runtime, self, integer(arguments[0]), sizeof value), &value, sizeof value);
     return {};
 }
 
@@ -46,7 +45,7 @@ Value block_size(Runtime& runtime, const ObjectRef& self, Arguments) {
 
 Value get_bytes(Runtime& runtime, const ObjectRef& self, Arguments arguments) {
     const int32_t length = integer(arguments[1]);
-    const uint8_t* bytes = place(runtime, self, arguments[0], length);
+    const uint8_t* bytes = place(runtime, self, integer(arguments[0]), length);
     return runtime.host.new_string({reinterpret_cast<const char*>(bytes), size_t(length)},
                                    kTextEncodingUnknown);
 }
@@ -54,7 +53,7 @@ Value get_bytes(Runtime& runtime, const ObjectRef& self, Arguments arguments) {
 // Stores at most `length` bytes of the string; what is missing becomes zeros.
 Value set_bytes(Runtime& runtime, const ObjectRef& self, Arguments arguments) {
     const int32_t length = integer(arguments[1]);
-    uint8_t* bytes = place(runtime, self, arguments[0], length);
+    uint8_t* bytes = place(runtime, self, integer(arguments[0]), length);
     std::string text(bytes_of(runtime, arguments[2]));
     text.resize(size_t(length));
     std::copy(text.begin(), text.end(), bytes);
@@ -81,9 +80,36 @@ Value block_from_hex(Runtime& runtime, const ObjectRef&, Arguments arguments) {
     return runtime.host.new_block(bytes);
 }
 
+// The bytes from an offset on; a negative length stands for all that follow. Of a block whose size is unknown
+// a length must say how many there are.
+HexDump::Bytes part(Runtime& runtime, const ObjectRef& block, int32_t offset, int32_t length) {
+    const int32_t size = block ? runtime.host.block_size(block.get()) : 0;
+    const int32_t count = length < 0 ? std::max(0, size - std::max(0, offset)) : length;
+    return {place(runtime, block, offset, count), size_t(count)};
+}
+
+Value dump(Runtime& runtime, const ObjectRef&, Arguments arguments) {
+    const int32_t offset = integer(arguments[1]);
+    const auto bytes = part(runtime, std::get<ObjectRef>(arguments[0]), offset, integer(arguments[2]));
+    runtime.dump.dump(runtime.out, bytes, size_t(offset));
+    return {};
+}
+
+Value dump_changes(Runtime& runtime, const ObjectRef&, Arguments arguments) {
+    const auto before = part(runtime, std::get<ObjectRef>(arguments[0]), 0, -1);
+    runtime.dump.changes(runtime.out, before, part(runtime, std::get<ObjectRef>(arguments[1]), 0, -1));
+    return {};
+}
+
 }  // namespace
 
-Rows block_functions() { return {{"BlockFromHex(digits as String) as MemoryBlock", block_from_hex}}; }
+Rows block_functions() {
+    return {
+        {"BlockFromHex(digits as String) as MemoryBlock", block_from_hex},
+        {"Dump(block as MemoryBlock, offset as Integer = 0, length as Integer = -1)", dump},
+        {"DumpChanges(before as MemoryBlock, after as MemoryBlock)", dump_changes},
+    };
+}
 
 Rows constructors() { return {{"MemoryBlock(size as Integer) as MemoryBlock", new_block}}; }
 

@@ -1,5 +1,8 @@
 #include "minihost/program/files.h"
 
+#include <algorithm>
+#include <utility>
+
 #include "minihost/program/built_ins/table.h"
 #include "minihost/program/names.h"
 #include "minihost/program/picture.h"
@@ -9,11 +12,27 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr const char* kNoPicture = "it is no PNG, PPM or PGM picture of 8 or 16 bits a sample";
+
 fs::path path_argument(Runtime& runtime, const Value& text) {
     const std::string_view path = bytes_of(runtime, text);
     if (path.find('\0') != path.npos)
         throw FileError("a path has no zero bytes, found " + in_quotes(printable(path)));
     return path;
+}
+
+// What the file has left, up to the size of the block, which the script gets if that is all of it.
+Value filled(Runtime& runtime, const ObjectRef& block, InputFile& file) {
+    auto* data = static_cast<char*>(runtime.host.block_data(block.get()));
+    const auto size = size_t(runtime.host.block_size(block.get()));
+    const size_t count = file.read({data, size});
+    return count == size ? block : runtime.host.new_block(std::string_view(data, count));
+}
+
+void check_range(Runtime& runtime, int64_t offset, int64_t length) {
+    if (offset >= 0 && length >= 0) return;
+    raise(runtime, "OutOfBoundsException",
+          "offset " + std::to_string(offset) + ", length " + std::to_string(length) + ", of a file");
 }
 
 Value read_file(Runtime& runtime, const ObjectRef&, Arguments arguments) {
@@ -28,10 +47,71 @@ Value read_file(Runtime& runtime, const ObjectRef&, Arguments arguments) {
               "there is no memory for " + printable(path.string()) +
                   (size ? ", " + std::to_string(*size) + " bytes" : ""));
     }
-    if (!size) return block;
+    return size ? filled(runtime, block, file) : block;
+}
+
+Value read_part(Runtime& runtime, const ObjectRef&, Arguments arguments) {
+    const fs::path path = path_argument(runtime, arguments[0]);
+    const auto offset = std::get<int64_t>(arguments[1]);
+    const int32_t length = integer(arguments[2]);
+    check_range(runtime, offset, length);
+    InputFile file(path);
+    file.skip(offset);
+    // A file ends where it ends, however much is wanted.
+    const auto rest = file.size() ? std::max<int64_t>(0, *file.size() - offset) : length;
+    const auto block = runtime.host.new_block(int32_t(std::min<int64_t>(rest, length)));
+    if (!block) raise(runtime, "OutOfMemoryException", "no block of " + std::to_string(length) + " bytes");
+    return filled(runtime, block, file);
+}
+
+Value read_into(Runtime& runtime, const ObjectRef&, Arguments arguments) {
+    const auto& block = std::get<ObjectRef>(arguments[0]);
+    const fs::path path = path_argument(runtime, arguments[1]);
+    const auto offset = std::get<int64_t>(arguments[2]);
+    const auto length = std::get<int64_t>(arguments[3]);
+    check_range(runtime, offset, length);
+    if (!block) raise(runtime, "NilObjectException", "memoryblock is nil");
     auto* data = static_cast<char*>(runtime.host.block_data(block.get()));
-    const size_t count = file.read({data, size_t(*size)});
-    return count == size_t(*size) ? block : runtime.host.new_block(std::string_view(data, count));
+    const int64_t size = runtime.host.block_size(block.get());
+    if (!data || (size > 0 && length > size) || std::cmp_greater(length, SIZE_MAX)) {
+        raise(runtime, "OutOfBoundsException",
+              "length " + std::to_string(length) + ", of a block of " + std::to_string(size) + " bytes");
+    }
+    InputFile file(path);
+    file.skip(offset);
+    return int64_t(file.read({data, size_t(length)}));
+}
+
+// A picture's file, as it is.
+std::string picture_file(Runtime& runtime, const Value& path) {
+    return InputFile(path_argument(runtime, path)).read_rest();
+}
+
+PictureSize size_of_picture(Runtime& runtime, const Value& path) {
+    const auto size = picture_size(picture_file(runtime, path));
+    if (!size) throw FileError("cannot read " + printable(show(runtime, path)) + ": " + kNoPicture);
+    return *size;
+}
+
+Value picture_width(Runtime& runtime, const ObjectRef&, Arguments arguments) {
+    return size_of_picture(runtime, arguments[0]).width;
+}
+
+Value picture_height(Runtime& runtime, const ObjectRef&, Arguments arguments) {
+    return size_of_picture(runtime, arguments[0]).height;
+}
+
+Value read_picture(Runtime& runtime, const ObjectRef&, Arguments arguments) {
+    const int32_t samples = integer(arguments[1]);
+    if (samples < 1 || samples > 4) {
+        raise(runtime, "OutOfBoundsException", "a pixel has 1 to 4 samples, got " + std::to_string(samples));
+    }
+    const auto picture = picture_samples(picture_file(runtime, arguments[0]), samples);
+    if (!picture)
+        throw FileError("cannot read " + printable(show(runtime, arguments[0])) + ": " + kNoPicture);
+    ObjectRef block = runtime.host.new_block(*picture);
+    if (!block) raise(runtime, "OutOfMemoryException", "there is no memory for the picture");
+    return block;
 }
 
 // The bytes of a block that is to be written.
@@ -102,9 +182,15 @@ Value exists(Runtime& runtime, const ObjectRef& self, Arguments) {
 Rows file_functions() {
     return {
         {"ReadFile(path as String) as MemoryBlock", read_file},
+        {"ReadFile(path as String, offset as Int64, length as Integer) as MemoryBlock", read_part},
+        {"ReadInto(block as MemoryBlock, path as String, offset as Int64, length as Int64) as Int64",
+         read_into},
         {"WriteFile(path as String, block as MemoryBlock)", write_block},
         {"WritePicture(path as String, samples as MemoryBlock, width as Integer, height as Integer)",
          write_picture},
+        {"ReadPicture(path as String, samples as Integer) as MemoryBlock", read_picture},
+        {"PictureWidth(path as String) as Integer", picture_width},
+        {"PictureHeight(path as String) as Integer", picture_height},
         {"GetFolderItem(path as String) as FolderItem", folder_item},
     };
 }

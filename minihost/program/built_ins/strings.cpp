@@ -6,6 +6,7 @@
 
 #include "minihost/program/built_ins/table.h"
 #include "minihost/program/names.h"
+#include "minihost/program/number_format.h"
 
 namespace minihost {
 namespace {
@@ -86,6 +87,11 @@ Value text_of(Runtime& runtime, const ObjectRef&, Arguments arguments) {
     return utf8_string(runtime, show(runtime, arguments[0]));
 }
 
+Value formatted(Runtime& runtime, const ObjectRef&, Arguments arguments) {
+    return utf8_string(runtime,
+                       format_number(std::get<double>(arguments[0]), bytes_of(runtime, arguments[1])));
+}
+
 Value number_in(Runtime& runtime, const ObjectRef&, Arguments arguments) {
     return std::strtod(std::string(bytes_of(runtime, arguments[0])).c_str(), nullptr);
 }
@@ -103,6 +109,7 @@ Value name_of_encoding(Runtime& runtime, const ObjectRef&, Arguments arguments) 
 Rows string_functions() {
     return {
         {"Str(value as Variant) as String", text_of},
+        {"Format(number as Double, pattern as String) as String", formatted},
         {"Val(text as String) as Double", number_in},
         {"Hex(value as Int64) as String", to_hex},
         {"Chr(code as Integer) as String", character},
