@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "minihost/program/functions.h"
+#include "minihost/program/manual.h"
 #include "minihost/program/names.h"
 
 namespace minihost {
@@ -64,25 +65,58 @@ void print_entries(std::ostream& out, const std::vector<Entry>& entries) {
     }
 }
 
+// The manual's entry for a name, or of a task all entries that serve it; false when it has neither.
+bool print_manual(std::ostream& out, const std::string& name) {
+    bool found = false;
+    for (const ManualEntry& entry : manual()) {
+        const bool named = same_name(entry.name, name) && !entry.text.empty();
+        if (!named && !(name == "language" && entry.page == "language")) continue;
+        out << (found ? "\n" : "") << entry.name << '\n' << for_terminal(entry.text);
+        found = true;
+    }
+    if (found) return true;
+    for (const ManualEntry& entry : manual()) {
+        const bool serves =
+            std::ranges::any_of(entry.tasks, [&](const std::string& task) { return same_name(task, name); });
+        if (!serves) continue;
+        out << entry.name << std::string(entry.name.size() < 26 ? 26 - entry.name.size() : 1, ' ')
+            << entry.summary << '\n';
+        found = true;
+    }
+    return found;
+}
+
+// What may be asked for.
+std::vector<std::string> topics(const std::vector<Entry>& entries) {
+    std::vector<std::string> known = {"language"};
+    for (const Entry& entry : entries) known.insert(known.end(), {entry.name, entry.owner});
+    for (const ManualEntry& entry : manual())
+        known.insert(known.end(), entry.tasks.begin(), entry.tasks.end());
+    std::erase(known, "");
+    return known;
+}
+
+void print_overview(Runtime& runtime) {
+    print_entries(runtime.out, registered(runtime.host));
+    runtime.out << "\nBrought along by minihost:\n ";
+    std::string last;
+    for (const BuiltIn& built_in : built_ins()) {
+        const std::string& function = built_in.callable.declaration.name;
+        if (built_in.owner.empty() && function != last) runtime.out << ' ' << function;
+        last = function;
+    }
+    runtime.out << "\n\nhelp NAME shows the manual's entry for a member, help TASK (help find, help sound) "
+                   "the members "
+                   "for it,\nhelp language the language of scripts.\n";
+}
+
 }  // namespace
 
 void print_help(Runtime& runtime, const std::string& name) {
-    if (name.empty()) {
-        print_entries(runtime.out, registered(runtime.host));
-        runtime.out << "\nBrought along by minihost (help Name shows more):\n ";
-        std::string last;
-        for (const BuiltIn& built_in : built_ins()) {
-            const std::string& function = built_in.callable.declaration.name;
-            if (built_in.owner.empty() && function != last) runtime.out << ' ' << function;
-            last = function;
-        }
-        runtime.out << '\n';
-        return;
-    }
+    if (name.empty()) return print_overview(runtime);
+    if (print_manual(runtime.out, name)) return;
     std::vector<Entry> entries = everything(runtime.host);
-    std::vector<std::string> known;
-    for (const Entry& entry : entries) known.insert(known.end(), {entry.name, entry.owner});
-    std::erase(known, "");
+    const std::vector<std::string> known = topics(entries);
     std::erase_if(entries, [&](const Entry& entry) {
         return !same_name(entry.name, name) && !same_name(entry.owner, name);
     });

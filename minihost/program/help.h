@@ -8,7 +8,8 @@
 
 namespace minihost {
 
-// Everything that the bundle registered, or, with a name, the declarations of what bears it.
+// Everything that the bundle registered; with a name the manual's entry for it, or the declarations of what
+// bears it; with a task the members that serve it; with "language" the pages on the language of scripts.
 void print_help(Runtime& runtime, const std::string& name);
 
 // The references that nobody gave back and the faults that the host noticed; false when there are none.

@@ -1,0 +1,144 @@
+#include "minihost/program/manual.h"
+
+#include <algorithm>
+#include <regex>
+#include <span>
+#include <sstream>
+
+#include "minihost/program/manual_pages.h"
+
+namespace minihost {
+namespace {
+
+std::vector<std::string> split(const std::string& text, const std::string& separator) {
+    std::vector<std::string> parts;
+    size_t from = 0;
+    for (size_t at; (at = text.find(separator, from)) != text.npos; from = at + separator.size()) {
+        parts.push_back(text.substr(from, at - from));
+    }
+    parts.push_back(text.substr(from));
+    return parts;
+}
+
+std::string without_marks(std::string text) {
+    text = std::regex_replace(text, std::regex(R"(!?\[([^\]]*)\]\([^)]*\))"), "$1");
+    text = std::regex_replace(text, std::regex(R"(\*\*([^*]*)\*\*)"), "$1");
+    text = std::regex_replace(text, std::regex(R"(\*([^* ][^*]*)\*)"), "$1");
+    return std::regex_replace(text, std::regex("`"), "");
+}
+
+// Columns of a text in UTF-8.
+size_t columns(const std::string& text) {
+    return size_t(std::ranges::count_if(text, [](char c) { return (c & 0xC0) != 0x80; }));
+}
+
+// The words of a text, from `indent` on, broken before `width`; the first line is `begun` columns long
+// already.
+void wrap(std::string& out, const std::string& text, size_t begun, size_t indent, size_t width) {
+    std::istringstream words(text);
+    size_t at = begun;
+    bool first = true;
+    for (std::string word; words >> word; first = false) {
+        if (!first && at + 1 + columns(word) > width) {
+            out += '\n' + std::string(indent, ' ');
+            at = indent;
+        } else if (!first) {
+            out += ' ';
+            ++at;
+        }
+        out += word;
+        at += columns(word);
+    }
+    out += '\n';
+}
+
+std::vector<std::string> cells(const std::string& row) {
+    std::vector<std::string> found = split(row.substr(1, row.rfind('|') - 1), "|");
+    for (std::string& cell : found) {
+        cell = without_marks(cell);
+        cell.erase(0, cell.find_first_not_of(' '));
+        cell.erase(cell.find_last_not_of(' ') + 1);
+    }
+    return found;
+}
+
+// A table without its rule: all columns but the last as wide as their widest cell, the last one wrapped.
+void print_table(std::string& out, const std::vector<std::vector<std::string>>& rows, size_t width) {
+    std::vector<size_t> widths;
+    for (const auto& row : rows) {
+        widths.resize(std::max(widths.size(), row.size()));
+        for (size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], columns(row[i]));
+    }
+    for (const auto& row : rows) {
+        std::string line = "  ";
+        for (size_t i = 0; i + 1 < row.size(); ++i) {
+            line += row[i] + std::string(widths[i] - columns(row[i]) + (widths[i] > 0 ? 2 : 0), ' ');
+        }
+        if (row.back().empty()) line.erase(line.find_last_not_of(' ') + 1);
+        out += line;
+        wrap(out, row.back(), columns(line), columns(line), std::max(width, columns(line) + 20));
+    }
+}
+
+std::vector<ManualEntry> read_pages() {
+    std::vector<ManualEntry> entries;
+    for (const ManualPage& page : std::span(kManualPages, kManualPageCount)) {
+        const std::vector<std::string> parts = split(page.markdown, "\n## ");
+        for (const std::string& part : std::span(parts).subspan(1)) {
+            ManualEntry entry{
+                page.name, part.substr(0, part.find('\n')), "", {}, part.substr(part.find('\n') + 1)};
+            for (const std::string& paragraph : split(entry.text, "\n\n")) {
+                const size_t begin = paragraph.find_first_not_of('\n');
+                if (begin == paragraph.npos ||
+                    std::string_view("`|").find(paragraph[begin]) != std::string_view::npos) {
+                    continue;
+                }
+                entry.summary = without_marks(split(paragraph.substr(begin), ". ").front());
+                break;
+            }
+            static const std::regex tasks(R"(\*\*Tasks:\*\* (.*))");
+            if (std::smatch found; std::regex_search(entry.text, found, tasks))
+                entry.tasks = split(found[1], ", ");
+            entries.push_back(std::move(entry));
+        }
+    }
+    return entries;
+}
+
+}  // namespace
+
+const std::vector<ManualEntry>& manual() {
+    static const std::vector<ManualEntry> entries = read_pages();
+    return entries;
+}
+
+std::string for_terminal(std::string_view markdown, size_t width) {
+    std::string out;
+    std::vector<std::vector<std::string>> table;
+    bool code = false;
+    std::istringstream lines{std::string(markdown)};
+    for (std::string line; std::getline(lines, line);) {
+        if (!table.empty() && !line.starts_with("|")) {
+            print_table(out, table, width);
+            table.clear();
+        }
+        if (line.starts_with("```")) {
+            code = !code;
+            if (code && line == "```output") out += "  prints\n";
+        } else if (code) {
+            out += "    " + line + '\n';
+        } else if (line.starts_with("|--")) {
+            continue;
+        } else if (line.starts_with("|")) {
+            table.push_back(cells(line));
+        } else if (line.empty()) {
+            if (!out.empty() && !out.ends_with("\n\n")) out += '\n';
+        } else {
+            wrap(out, without_marks(line), 0, 0, width);
+        }
+    }
+    if (!table.empty()) print_table(out, table, width);
+    return out;
+}
+
+}  // namespace minihost
