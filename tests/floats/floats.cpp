@@ -37,21 +37,28 @@ class Comparison {
  public:
     Comparison(const char* function, Form chosen) : function_(function), chosen_(chosen) {}
 
-    void add(uint32_t x, float fused, float separate, float library) {
-        ++compared_;
-        fused_ += !same(fused, library);
-        separate_ += !same(separate, library);
-        if (!same(fused, separate) && every)
-            std::printf("%s of 0x%08X: fused is not separate\n", function_, x);
+    // Two results for each of kChunk arguments.
+    void add(const float* arguments, const float* fused, const float* separate, const float* library) {
+        compared_ += kChunk;
+        constexpr size_t kBytes = 2 * kChunk * sizeof(float);
+        if (memcmp(fused, library, kBytes) == 0 && memcmp(separate, library, kBytes) == 0) return;
+        for (size_t i = 0; i < 2 * kChunk; ++i) {
+            fused_ += !same(fused[i], library[i]);
+            separate_ += !same(separate[i], library[i]);
+            if (every && !same(fused[i], separate[i]))
+                std::printf("%s of %a: fused is not separate\n", function_, double(arguments[i / 2]));
+        }
     }
 
     ~Comparison() {
         const uint64_t differ = chosen_ == Form::kFused ? fused_ : chosen_ == Form::kSeparate ? separate_ : 0;
-        const char* names[] = {"", "fused", "separate", "the library's"};
-        std::printf("%s: of %.0f results %.0f differ if fused, %.0f if separate; chosen: %s; %.0f s\n",
-                    function_, double(compared_), double(fused_), double(separate_), names[size_t(chosen_)],
-                    std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count());
-        failed |= differ != 0 || (chosen_ == Form::kLibrary && library_is_known() && fused_ * separate_ == 0);
+        constexpr const char* kNames[] = {"", "fused", "separate", "the library's"};
+        std::printf(
+            "%s of %.0f arguments: %.0f results differ if fused, %.0f if separate; chosen: %s; %.1f s\n",
+            function_, double(compared_), double(fused_), double(separate_), kNames[size_t(chosen_)],
+            std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count());
+        std::fflush(stdout);
+        failed |= differ != 0 || (chosen_ == Form::kLibrary && library_is_known());
     }
 
  private:
@@ -63,101 +70,125 @@ class Comparison {
     uint64_t separate_ = 0;
 };
 
-// Calls compare(bits, x) with vectors of floats, of which bits[k] are the bits.
+// Calls compare(x) with kChunk floats at a time.
 template <class Compare>
 void for_floats(Compare compare) {
     const uint64_t step = every ? 1 : 1009;
-    for (uint64_t first = 0; first < uint64_t{1} << 32; first += step * kDoubles) {
-        uint32_t bits[kDoubles];
-        Doubles x;
-        for (size_t k = 0; k < kDoubles; ++k) {
-            bits[k] = uint32_t(first + k * step);
-            x[k] = double(std::bit_cast<float>(bits[k]));
+    float x[kChunk];
+    for (uint64_t bits = 0; bits < uint64_t{1} << 32;) {
+        for (float& one : x) {
+            one = std::bit_cast<float>(uint32_t(bits));
+            bits += step;
         }
-        compare(bits, x);
+        compare(x);
     }
 }
 
+// The results of one form as floats: of(x, vectors) gives them as pairs.
+struct Results {
+    float floats[2 * kChunk];
+
+    template <class Form>
+    Results(const float* x, Form of) {
+        Doubles arguments[kVectors];
+        Words pairs[kVectors];
+        for (size_t i = 0; i < kChunk; ++i) arguments[i / kDoubles][i % kDoubles] = double(x[i]);
+        of(arguments, pairs);
+        memcpy(floats, pairs, sizeof floats);
+    }
+};
+
 template <class Rounding>
-SineCosine sine_cosine(Doubles x) {
-    Reduced angle;
-    reduce<Rounding>(&x, &angle, 1);
-    return sine_cosine<Rounding>(x, angle);
+void sines_and_cosines(const Doubles* x, Words* pairs) {
+    Reduced angles[kVectors];
+    reduce<Rounding>(x, angles, kVectors);
+    for (size_t v = 0; v < kVectors; ++v) {
+        const auto [sine, cosine] = sine_cosine<Rounding>(x[v], angles[v]);
+        pairs[v] = pairs_of(sine, cosine);
+    }
 }
 
 void compare_sines() {
-    Comparison sines("sine", sine_form());
-    Comparison cosines("cosine", sine_form());
-    for_floats([&](const uint32_t* bits, Doubles x) {
-        const auto fused = sine_cosine<Fused>(x);
-        const auto separate = sine_cosine<Separate>(x);
-        for (size_t k = 0; k < kDoubles; ++k) {
-            sines.add(bits[k], float(fused.sine[k]), float(separate.sine[k]), sinf(float(x[k])));
-            cosines.add(bits[k], float(fused.cosine[k]), float(separate.cosine[k]), cosf(float(x[k])));
+    Comparison comparison("sine and cosine", sine_form());
+    for_floats([&](const float* x) {
+        float library[2 * kChunk];
+        for (size_t i = 0; i < kChunk; ++i) {
+            library[2 * i] = sinf(x[i]);
+            library[2 * i + 1] = cosf(x[i]);
         }
+        comparison.add(x, Results(x, sines_and_cosines<Fused>).floats,
+                       Results(x, sines_and_cosines<Separate>).floats, library);
     });
 }
 
+template <class Rounding>
+void exponentials(const Doubles* x, Words* pairs) {
+    for (size_t v = 0; v < kVectors; ++v) {
+        const Doubles result = exponential<Rounding>(x[v]);
+        pairs[v] = pairs_of(result, result);
+    }
+}
+
+// Others than those between -88 and 88 are the library's.
 void compare_exponentials() {
     Comparison comparison("exponential", exponential_form());
-    for_floats([&](const uint32_t* bits, Doubles x) {
-        const Doubles fused = exponential<Fused>(x);
-        const Doubles separate = exponential<Separate>(x);
-        for (size_t k = 0; k < kDoubles; ++k) {
-            if (!(std::fabs(x[k]) < 88)) continue;
-            comparison.add(bits[k], float(fused[k]), float(separate[k]), expf(float(x[k])));
+    for_floats([&](const float* any_x) {
+        float x[kChunk];
+        float library[2 * kChunk];
+        for (size_t i = 0; i < kChunk; ++i) {
+            x[i] = std::fabs(any_x[i]) < 88 ? any_x[i] : 0;
+            library[2 * i] = library[2 * i + 1] = expf(x[i]);
         }
+        comparison.add(x, Results(x, exponentials<Fused>).floats, Results(x, exponentials<Separate>).floats,
+                       library);
     });
 }
 
-// Through the operation, which gives special values to the library.
-void compare_arc_tangents(Comparison& comparison, const float (&x)[kFloats], const float (&y)[kFloats]) {
-    float pairs[2 * kFloats];
-    for (size_t k = 0; k < kFloats; ++k) {
-        pairs[2 * k] = x[k];
-        pairs[2 * k + 1] = y[k];
+// The operation as a whole, with the special values that it gives to the library.
+void compare_polar(Comparison& comparison, const float* x, const float* y) {
+    float pairs[2 * kChunk];
+    float library[2 * kChunk];
+    for (size_t i = 0; i < kChunk; ++i) {
+        pairs[2 * i] = x[i];
+        pairs[2 * i + 1] = y[i];
+        library[2 * i] = sqrtf(y[i] * y[i] + x[i] * x[i]);
+        library[2 * i + 1] = atan2f(y[i], x[i]);
     }
     auto* bytes = reinterpret_cast<uint8_t*>(pairs);
-    cartesian_to_polar(bytes, bytes, kFloats);
-    for (size_t k = 0; k < kFloats; ++k) {
-        const float angle = pairs[2 * k + 1];
-        comparison.add(0, angle, angle, atan2f(y[k], x[k]));
-    }
+    cartesian_to_polar(bytes, bytes, kChunk);
+    comparison.add(y, pairs, pairs, library);
 }
 
 void compare_arc_tangents() {
-    Comparison comparison("arc tangent", arc_tangent_form());
-    float x[kFloats];
-    float y[kFloats];
+    Comparison comparison("magnitude and arc tangent", arc_tangent_form());
+    float x[kChunk];
+    float y[kChunk];
     for (float& one : x) one = 1;
-    for_floats([&](const uint32_t* bits, Doubles) {
-        for (size_t k = 0; k < kFloats; ++k) y[k] = std::bit_cast<float>(bits[k % kDoubles]);
-        compare_arc_tangents(comparison, x, y);
-    });
+    for_floats([&](const float* any_y) { compare_polar(comparison, x, any_y); });
     // Half of the pairs are any floats, special ones among them; half are near each other.
     std::mt19937_64 random;
-    for (size_t i = 0; i < (every ? 1'000'000'000 : 1'000'000) / kFloats; ++i) {
-        for (size_t k = 0; k < kFloats; ++k) {
+    for (size_t i = 0; i < (every ? 1'000'000'000 : 1'000'000) / kChunk; ++i) {
+        for (size_t k = 0; k < kChunk; ++k) {
             const uint64_t bits = random();
             const auto low = uint32_t(bits);
             const auto high = uint32_t(bits >> 32);
             constexpr uint32_t kNear = 0x83FFFFFF;
             x[k] = std::bit_cast<float>(low);
-            y[k] = std::bit_cast<float>(i % 2 ? high : low ^ (high & kNear));
+            y[k] = std::bit_cast<float>(k % 2 ? high : low ^ (high & kNear));
         }
-        compare_arc_tangents(comparison, x, y);
+        compare_polar(comparison, x, y);
     }
+    // Zeros, the ends of the ranges, the smallest and largest numbers, infinities and what is not a number.
     constexpr float kSpecial[] = {
-        0,         1,        1.5F,      2,         0x1p-29F,  0x1p25F,         0x1.b8p-2F,
-        0x1.6p-1F, 0x1.3p0F, 0x1.38p1F, 0x1p-149F, 0x1p-126F, 0x1.fffffep127F, INFINITY,
-        NAN,       0x1p60F,  0x1p-60F};
+        0,         1,         1.5F,      2,       0x1p-29F, 0x1p25F,         0x1.cp-2F, 0x1.6p-1F, 0x1.3p0F,
+        0x1.38p1F, 0x1p-149F, 0x1p-126F, 0x1p60F, 0x1p-60F, 0x1.fffffep127F, INFINITY,  NAN};
     for (const float a : kSpecial) {
         for (const float b : kSpecial) {
-            for (size_t k = 0; k < kFloats; ++k) {
+            for (size_t k = 0; k < kChunk; ++k) {
                 x[k] = k & 1 ? a : -a;
                 y[k] = k & 2 ? b : -b;
             }
-            compare_arc_tangents(comparison, x, y);
+            compare_polar(comparison, x, y);
         }
     }
 }
