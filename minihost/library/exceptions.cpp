@@ -1,4 +1,4 @@
-// Host exceptions on their way out of a call.
+// Exceptions on their way out of a call: the host's, and what C++ code in a bundle throws.
 #include "minihost/library/state.h"
 
 namespace minihost {
@@ -11,6 +11,11 @@ std::string text_of(const Object& raised) {
 }
 
 }  // namespace
+
+std::string described(const Callee& callee) {
+    const std::string text = callee.part + *callee.name;
+    return callee.bundle ? text + " of " + *callee.bundle : text;
+}
 
 void Host::State::throw_raised() {
     if (raised) throw HostException(std::exchange(raised, {}));

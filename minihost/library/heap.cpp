@@ -1,6 +1,7 @@
 // The live objects and strings. Only what is in the two tables is live; a handle is looked up there before it
 // is read.
 #include <algorithm>
+#include <cstddef>
 #include <cstdio>
 #include <cstring>
 
@@ -11,11 +12,8 @@
 namespace minihost {
 namespace {
 
-constexpr size_t kAlignment = 16;         // bytes, of instance data
-constexpr size_t kObjectHeader = 32;      // bytes in front of the first instance data
+constexpr size_t kAlignment = alignof(std::max_align_t);  // of instance data
 constexpr size_t kRetiredHandles = 4096;  // the last ones, whose addresses are not given out again
-
-size_t round_up(size_t size) { return (size + kAlignment - 1) / kAlignment * kAlignment; }
 
 std::string address_text(const void* address) {
     char text[24];
@@ -44,29 +42,20 @@ std::string description(const Object& object) {
 
 }  // namespace
 
-Memory zeroed_memory(size_t size) {
-    const size_t rounded = round_up(std::max(size, size_t(1)));
-    Memory memory(std::aligned_alloc(kAlignment, rounded));
-    if (memory) std::memset(memory.get(), 0, rounded);
-    return memory;
-}
+size_t round_up(size_t size) { return (size + kAlignment - 1) / kAlignment * kAlignment; }
+
+Memory zeroed_memory(size_t size) { return Memory(std::calloc(1, std::max(size, size_t(1)))); }
 
 bool is_a(const Class* type, const Class* super) {
     while (type && type != super) type = type->super;
     return type != nullptr;
 }
 
-size_t instance_size(const Class* type) {
-    if (!type) return kObjectHeader;
-    if (!type->record) return instance_size(type->super);
-    return round_up(size_t(type->record->systemWord) + size_t(type->record->instanceDataSize));
-}
-
 REALobject Host::State::add_object(const Class& type) {
     Object object;
     object.type = &type;
     object.serial = ++last_serial;
-    object.instance = zeroed_memory(instance_size(&type));
+    object.instance = zeroed_memory(type.instance_size);
     auto* handle = static_cast<REALobject>(object.instance.get());
     if (handle) objects.emplace(handle, std::move(object));
     return handle;
@@ -75,12 +64,20 @@ REALobject Host::State::add_object(const Class& type) {
 REALobject Host::State::add_instance(const Class& type) {
     const REALobject object = add_object(type);
     if (!object) return nullptr;
-    std::vector<const Class*> line;
-    for (const Class* c = &type; c; c = c->super) line.push_back(c);
-    for (auto c = line.rbegin(); c != line.rend(); ++c) {
-        if ((*c)->record && (*c)->record->constructor) (*c)->record->constructor(object);
+    try {
+        run_constructors(object, &type);
+    } catch (...) {  // what was never made is not destroyed
+        retire(std::move(objects.extract(object).mapped().instance));
+        throw;
     }
     return object;
+}
+
+void Host::State::run_constructors(REALobject object, const Class* type) {
+    if (!type) return;
+    run_constructors(object, type->super);
+    if (!type->record || !type->record->constructor) return;
+    enter({type->bundle, "the constructor of ", &type->name}, [&] { type->record->constructor(object); });
 }
 
 REALobject Host::State::add_block(int32_t size) {
@@ -159,8 +156,10 @@ void Host::State::unlock(const char* by, REALobject handle) {
     Object* object = checked(by, handle);
     if (!object) return;
     if (object->references == 0) return fault(by, "a reference is given back too often");
-    if (--object->references > 0) return;
-    run_destructors(handle, object->type);
+    if (--object->references > 0 || object->ends) return;
+    object->ends = true;
+    run_destructors(by, handle, object->type);
+    if (object->references > 0) fault(by, "the destructor of " + object->type->name + " keeps a reference");
     auto gone = objects.extract(handle);
     retire(std::move(gone.mapped().instance));
 }
@@ -172,9 +171,15 @@ void Host::State::unlock(const char* by, REALstring handle) {
     retire(std::move(gone.mapped().record));
 }
 
-void Host::State::run_destructors(REALobject object, const Class* type) {
+void Host::State::run_destructors(const char* by, REALobject object, const Class* type) {
     for (; type; type = type->super) {
-        if (type->record && type->record->destructor) type->record->destructor(object);
+        if (!type->record || !type->record->destructor) continue;
+        try {
+            enter({type->bundle, "the destructor of ", &type->name},
+                  [&] { type->record->destructor(object); });
+        } catch (const BundleError& error) {
+            fault(by, error.what());
+        }
     }
 }
 
@@ -193,18 +198,26 @@ std::optional<std::string> Host::State::text_of(const String& string, uint32_t e
 
 // Without a running Host the handles are gone, and there is nothing to count.
 
+namespace {
+
+template <class Handle>
+void give_back(Handle handle) noexcept {
+    try {
+        if (Host::State::current) Host::State::current->unlock("release", handle);
+    } catch (const std::bad_alloc&) {  // no memory to write a fault down
+    }
+}
+
+}  // namespace
+
 void retain(REALobject object) {
     if (Host::State::current) Host::State::current->lock("retain", object);
 }
-void release(REALobject object) {
-    if (Host::State::current) Host::State::current->unlock("release", object);
-}
+void release(REALobject object) noexcept { give_back(object); }
 void retain(REALstring string) {
     if (Host::State::current) Host::State::current->lock("retain", string);
 }
-void release(REALstring string) {
-    if (Host::State::current) Host::State::current->unlock("release", string);
-}
+void release(REALstring string) noexcept { give_back(string); }
 
 // The Host's view of them
 
@@ -230,11 +243,7 @@ bool Host::is_a(REALobject object, std::string_view class_name) const {
 ObjectRef Host::new_instance(std::string_view class_name) {
     const Class* type = find_class(class_name);
     if (!type) return {};
-    ObjectRef instance;
-    {
-        const Running running(state_->calls);
-        instance = ObjectRef::adopt(state_->add_instance(*type));
-    }
+    auto instance = ObjectRef::adopt(state_->add_instance(*type));
     state_->throw_raised();
     return instance;
 }

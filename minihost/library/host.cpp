@@ -1,8 +1,23 @@
 #include "minihost/library/host.h"
 
+#include <new>
+
 #include "minihost/library/state.h"
 
 namespace minihost {
+
+namespace {
+
+// A bundle may ask at any time, also when its host is gone.
+void* resolve(const char* key) noexcept {
+    try {
+        return Host::State::current ? Host::State::current->resolve(key ? key : "") : nullptr;
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+}  // namespace
 
 Host::Host(Options options) {
     if (State::current) throw std::logic_error("another Host lives");
@@ -20,10 +35,28 @@ Host& Host::current() {
 
 void Host::load(const std::filesystem::path& bundle) {
     const EntryPoint entry = open_bundle(bundle);
-    state_->load_error.clear();
-    entry([](const char* key) { return State::current->resolve(key ? key : ""); });
-    state_->resolve_types();
-    if (!state_->load_error.empty()) throw LoadError(bundle.string() + ": " + state_->load_error);
+    state_->load(bundle.string(), [entry] { entry(resolve); });
+}
+
+void Host::State::load(const std::string& bundle, const std::function<void()>& entry) {
+    static const std::string kEntryPoint = "REALPluginMain";
+    struct Loading {
+        explicit Loading(State& state) : state_(state) { state_.loading = &state_.bundles.back(); }
+        ~Loading() { state_.loading = nullptr; }
+
+     private:
+        State& state_;
+    };
+    bundles.push_back(bundle);
+    load_error.clear();
+    try {
+        const Loading guard(*this);
+        enter({loading, "", &kEntryPoint}, entry);
+        read("a declaration", [this] { resolve_types(); });
+    } catch (const BundleError& error) {
+        throw LoadError(error.what());
+    }
+    if (!load_error.empty()) throw LoadError(bundle + ": " + load_error);
 }
 
 const Options& Host::options() const { return state_->options; }

@@ -20,6 +20,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
 #include "minihost/library/declaration.h"
@@ -27,6 +28,16 @@
 #include "plugin/records.h"
 
 namespace minihost {
+
+// One argument or result of a host operation; text ends with a zero byte, or is nil.
+using Operand = std::variant<std::monostate, int32_t, uint32_t, double, const char*, const void*>;
+
+// A call of a host operation, after it has returned. The monostate stands for no result.
+struct OperationCall {
+    std::string_view key;
+    std::span<const Operand> arguments;
+    Operand result;
+};
 
 struct Options {
     // What "REALGetRBVersion" returns; without a value the host has no such function.
@@ -37,6 +48,8 @@ struct Options {
     std::set<std::string, std::less<>> late = {};
     // Functions that the resolver hands out in place of the host's own, by key.
     std::map<std::string, void*, std::less<>> replace = {};
+    // Sees each call of a host operation of the host's own.
+    std::function<void(const OperationCall&)> trace = {};
 };
 
 class NativeCall;
@@ -49,6 +62,7 @@ struct Method {
     void* setter = nullptr;  // nil unless the member can be assigned
     std::shared_ptr<const NativeCall> get = nullptr;
     std::shared_ptr<const NativeCall> set = nullptr;
+    const std::string* bundle = nullptr;  // that registered it, here and below nil for the host's own
 };
 
 struct Property {
@@ -57,6 +71,7 @@ struct Property {
     Type type;
     void* getter = nullptr;
     std::shared_ptr<const NativeCall> get = nullptr;
+    const std::string* bundle = nullptr;
 };
 
 // A class that can have members and instances: the host's own and those that a bundle registered.
@@ -64,12 +79,19 @@ struct Class {
     std::string name;
     const Class* super = nullptr;
     REALclassDefinition* record = nullptr;  // nil for the host's own classes
-    std::deque<Method> methods;             // in registered order
+    size_t instance_size = 0;               // bytes, up to and with the instance data
+    const std::string* bundle = nullptr;
+    std::deque<Method> methods;  // in registered order
     std::deque<Property> properties;
 };
 
 // The bundle cannot be loaded; the text says why.
 struct LoadError : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+// A bundle's function let a C++ exception through; the text says which.
+struct BundleError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
@@ -124,8 +146,8 @@ class Host {
     const Property* find_property(const Class& type, std::string_view name) const;
 
     // Calls. The arguments are converted to the declared types where that loses nothing; missing
-    // ones take their defaults. Throws CallError for a call that does not fit the declaration, and
-    // HostException for a host exception that the member raised.
+    // ones take their defaults. Throws CallError for a call that does not fit the declaration,
+    // HostException for a host exception that the member raised, and BundleError for a C++ exception.
 
     // The members that were found before, and stay where they are. `self` may be nil, and is not used for
     // global methods.
@@ -151,7 +173,8 @@ class Host {
 
     const Class& class_of(REALobject object) const;
     bool is_a(REALobject object, std::string_view class_name) const;
-    // A new instance with zeroed instance data, its constructor called; nil for an unknown class.
+    // A new instance with zeroed instance data, its constructor called; nil for an unknown class, or without
+    // memory.
     ObjectRef new_instance(std::string_view class_name);
     // A block that owns `size` zeroed bytes; nil when it cannot be made.
     ObjectRef new_block(int32_t size);
@@ -181,7 +204,8 @@ class Host {
     // References to one object or string, for tests that follow them.
     int32_t references(const void* handle) const;
     // What the bundle did that no bundle may do: a handle that is not live given to a host operation, a
-    // reference given back too often, string data disposed of twice. Should be empty.
+    // reference given back too often, string data disposed of twice, records registered after loading that
+    // cannot be read. Should be empty.
     const std::vector<std::string>& faults() const;
 
     class State;

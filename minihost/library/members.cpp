@@ -150,7 +150,8 @@ Value Host::call(const Method& method, REALobject self, std::span<const Value> a
     WordList words(*this, declaration.name);
     add_self(words, *this, method.owner, self);
     words.add(arguments, declaration);
-    return state_->call(declaration.name, *method.get, words.words(), declaration.result);
+    return state_->call({method.bundle, "", &declaration.name}, *method.get, words.words(),
+                        declaration.result);
 }
 
 void Host::assign(const Method& method, REALobject self, std::span<const Value> arguments,
@@ -161,22 +162,20 @@ void Host::assign(const Method& method, REALobject self, std::span<const Value> 
     add_self(words, *this, method.owner, self);
     words.add(arguments, declaration);
     words.add(value, {"value", declaration.result, {}});
-    state_->call(declaration.name, *method.set, words.words(), {});
+    state_->call({method.bundle, "", &declaration.name}, *method.set, words.words(), {});
 }
 
 Value Host::get(const Property& property, REALobject self) {
     WordList words(*this, property.name);
     add_self(words, *this, property.owner, self);
     words.add({.integer = 0});
-    return state_->call(property.name, *property.get, words.words(), property.type);
+    return state_->call({property.bundle, "", &property.name}, *property.get, words.words(), property.type);
 }
 
-Value Host::State::call(const std::string& name, const NativeCall& function, Words& arguments,
+Value Host::State::call(const Callee& callee, const NativeCall& function, Words& arguments,
                         const Type& result) {
-    const Word returned = [&] {
-        const Running running(calls);
-        return function(arguments);
-    }();
+    const Word returned = enter(callee, [&] { return function(arguments); });
+    const char* name = callee.name->c_str();
 
     // The result's reference is the caller's, also when it gets an exception instead.
     Value value;
@@ -203,13 +202,13 @@ Value Host::State::call(const std::string& name, const NativeCall& function, Wor
             break;
         case Kind::String: {
             auto* string = static_cast<REALstring>(returned.pointer);
-            const bool usable = string && checked(name.c_str(), string);
+            const bool usable = string && checked(name, string);
             value = StringRef::adopt(usable ? string : nullptr);
             break;
         }
         case Kind::Object: {
             auto* object = static_cast<REALobject>(returned.pointer);
-            const bool usable = object && checked(name.c_str(), object, find_class(result.class_name));
+            const bool usable = object && checked(name, object, find_class(result.class_name));
             value = ObjectRef::adopt(usable ? object : nullptr);
             break;
         }

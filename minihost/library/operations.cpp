@@ -1,8 +1,10 @@
 // The host operations: what a bundle gets from the resolver. They are named by their keys. A nil string is
 // the empty string to those that only read it; a nil object is a fault, except as a folder item to write
-// down.
+// down. Nothing is thrown into a bundle: where there is no memory, the answer is nil or 0.
 #include <algorithm>
+#include <array>
 #include <cstring>
+#include <new>
 
 #include "minihost/library/names.h"
 #include "minihost/library/state.h"
@@ -11,6 +13,58 @@ namespace minihost {
 namespace {
 
 Host::State& state() { return *Host::State::current; }
+
+// A string that is fixed at compile time.
+template <size_t Size>
+struct Key {
+    char text[Size];
+    consteval Key(const char (&given)[Size]) { std::copy_n(given, Size, text); }
+};
+
+template <class Argument>
+Operand operand(Argument argument) {
+    if constexpr (std::is_same_v<Argument, const char*> || !std::is_integral_v<Argument>) {
+        return argument;
+    } else {
+        return std::conditional_t<std::is_signed_v<Argument>, int32_t, uint32_t>(argument);
+    }
+}
+
+// An operation as a bundle gets it.
+template <Key Name, auto Function, class Signature = decltype(Function)>
+struct Outer;
+
+template <Key Name, auto Function, class Result, class... Arguments>
+struct Outer<Name, Function, Result (*)(Arguments...)> {
+    static Result call(Arguments... arguments) noexcept {
+        if (!Host::State::current) return Result();  // the host is gone, the bundle is not
+        try {
+            try {
+                return traced(arguments...);
+            } catch (const std::bad_alloc&) {
+            } catch (const std::exception& error) {
+                state().fault(Name.text, error.what());
+            }
+        } catch (...) {  // no memory to write a fault down
+        }
+        return Result();
+    }
+
+ private:
+    static Result traced(Arguments... arguments) {
+        const auto& trace = state().options.trace;
+        if (!trace) return Function(arguments...);
+        const std::array<Operand, sizeof...(arguments)> operands{operand(arguments)...};
+        if constexpr (std::is_void_v<Result>) {
+            Function(arguments...);
+            trace({Name.text, operands, {}});
+        } else {
+            const Result result = Function(arguments...);
+            trace({Name.text, operands, operand(result)});
+            return result;
+        }
+    }
+};
 
 void RegisterPluginVersion(int32_t version) { state().announced = version; }
 double REALGetRBVersion() { return state().options.version.value_or(0); }
@@ -43,12 +97,12 @@ void REALUnlockString(REALstring string) { state().unlock(__func__, string); }
 
 // Strings
 
-REALstring REALBuildString(const char* bytes, int32_t count) {
+REALstring REALBuildString(const void* bytes, int32_t count) {
     if (count < 0 || (count > 0 && !bytes)) {
         state().fault(__func__, "there are no " + std::to_string(count) + " bytes to take");
         return nullptr;
     }
-    return state().add_string({bytes, size_t(count)}, kTextEncodingUnknown);
+    return state().add_string({static_cast<const char*>(bytes), size_t(count)}, kTextEncodingUnknown);
 }
 
 void REALSetStringEncoding(REALstring string, uint32_t encoding) {
@@ -75,16 +129,18 @@ const char* StringGetCString(REALstring string) {
 REALboolean PluginGetStringData(REALstring string, uint32_t encoding, REALstringData* record) {
     const String* text = string ? state().checked(__func__, string) : nullptr;
     const auto bytes = text ? state().text_of(*text, encoding) : std::nullopt;
-    if (!bytes) return 0;
+    if (!record) state().fault(__func__, "there is no record");
+    if (!bytes || !record || !std::in_range<int32_t>(bytes->size())) return 0;
     Memory data = zeroed_memory(bytes->size() + 4);
     if (!data) return 0;
     std::memcpy(data.get(), bytes->data(), bytes->size());
+    if (state().disposes_of_string_data()) state().string_data.insert(data.get());
     *record = {data.release(), int32_t(bytes->size()), encoding};
-    if (state().disposes_of_string_data()) state().string_data.insert(record->data);
     return 1;
 }
 
 void PluginDisposeStringData(REALstringData* record) {
+    if (!record) return state().fault(__func__, "there is no record");
     if (state().disposes_of_string_data() && state().string_data.erase(record->data) == 0) {
         return state().fault(__func__, "the string data is none, or disposed of already");
     }
@@ -103,7 +159,7 @@ void* REALLoadGlobalMethod(void*, const char* prototype) {
         const bool takes_string =
             wanted.parameters.size() == 1 && wanted.parameters[0].type.kind == Kind::String;
         if (same_name(wanted.name, "LenB") && takes_string && wanted.result.kind == Kind::Integer) {
-            return reinterpret_cast<void*>(LenB);
+            return reinterpret_cast<void*>(Outer<"LenB", LenB>::call);
         }
     } catch (const std::invalid_argument&) {  // no prototype, so there is no such function
     }
@@ -137,7 +193,7 @@ void REALSetPropValueInt(REALobject object, const char* name, int32_t value) {
 
 void RuntimeRaiseException(REALobject object) {
     if (!state().checked(__func__, object, state().exception)) return;
-    if (state().calls == 0) return state().fault(__func__, "nothing is being called");
+    if (!state().running || state().loading) return state().fault(__func__, "nothing is being called");
     if (state().raised) return state().fault(__func__, "the call has raised an exception already");
     state().raised = ObjectRef::share(object);
 }
@@ -151,6 +207,7 @@ REALobject FolderItemFromFSSpec(const FSSpec* spec) {
 
 // Zeros, which are no file specification, for no folder item.
 void REALFSSpecFromFolderItem(FSSpec* spec, REALobject item) {
+    if (!spec) return state().fault(__func__, "there is no record");
     const Object* object = item ? state().checked(__func__, item, state().folder_item) : nullptr;
     *spec = object ? state().spec_of(object->path) : FSSpec{};
 }
@@ -160,39 +217,39 @@ struct Operation {
     void* function;
 };
 
-template <class Result, class... Arguments>
-Operation operation(std::string_view key, Result (*function)(Arguments...)) {
-    return {key, reinterpret_cast<void*>(function)};
+template <Key Name, auto Function>
+Operation operation() {
+    return {Name.text, reinterpret_cast<void*>(Outer<Name, Function>::call)};
 }
 
 const Operation kOperations[] = {
-    operation("RegisterPluginVersion", RegisterPluginVersion),
-    operation("REALGetRBVersion", REALGetRBVersion),
-    operation("PluginRegisterClassExtension", PluginRegisterClassExtension),
-    operation("PluginRegisterClass", PluginRegisterClass),
-    operation("PluginRegisterMethod", PluginRegisterMethod),
-    operation("memoryBlockGetPtr", memoryBlockGetPtr),
-    operation("memoryBlockGetSize", memoryBlockGetSize),
-    operation("newMemoryBlock", newMemoryBlock),
-    operation("PtrToMemoryBlock", PtrToMemoryBlock),
-    operation("REALLockObject", REALLockObject),
-    operation("REALUnlockObject", REALUnlockObject),
-    operation("REALLockString", REALLockString),
-    operation("REALUnlockString", REALUnlockString),
-    operation("REALBuildString", REALBuildString),
-    operation("REALSetStringEncoding", REALSetStringEncoding),
-    operation("REALGetStringEncoding", REALGetStringEncoding),
-    operation("REALConvertString", REALConvertString),
-    operation("StringGetCString", StringGetCString),
-    operation("PluginGetStringData", PluginGetStringData),
-    operation("PluginDisposeStringData", PluginDisposeStringData),
-    operation("REALLoadGlobalMethod", REALLoadGlobalMethod),
-    operation("PluginNewInstance", PluginNewInstance),
-    operation("REALSetPropValueString", REALSetPropValueString),
-    operation("REALSetPropValueInt", REALSetPropValueInt),
-    operation("RuntimeRaiseException", RuntimeRaiseException),
-    operation("FolderItemFromFSSpec", FolderItemFromFSSpec),
-    operation("REALFSSpecFromFolderItem", REALFSSpecFromFolderItem),
+    operation<"RegisterPluginVersion", RegisterPluginVersion>(),
+    operation<"REALGetRBVersion", REALGetRBVersion>(),
+    operation<"PluginRegisterClassExtension", PluginRegisterClassExtension>(),
+    operation<"PluginRegisterClass", PluginRegisterClass>(),
+    operation<"PluginRegisterMethod", PluginRegisterMethod>(),
+    operation<"memoryBlockGetPtr", memoryBlockGetPtr>(),
+    operation<"memoryBlockGetSize", memoryBlockGetSize>(),
+    operation<"newMemoryBlock", newMemoryBlock>(),
+    operation<"PtrToMemoryBlock", PtrToMemoryBlock>(),
+    operation<"REALLockObject", REALLockObject>(),
+    operation<"REALUnlockObject", REALUnlockObject>(),
+    operation<"REALLockString", REALLockString>(),
+    operation<"REALUnlockString", REALUnlockString>(),
+    operation<"REALBuildString", REALBuildString>(),
+    operation<"REALSetStringEncoding", REALSetStringEncoding>(),
+    operation<"REALGetStringEncoding", REALGetStringEncoding>(),
+    operation<"REALConvertString", REALConvertString>(),
+    operation<"StringGetCString", StringGetCString>(),
+    operation<"PluginGetStringData", PluginGetStringData>(),
+    operation<"PluginDisposeStringData", PluginDisposeStringData>(),
+    operation<"REALLoadGlobalMethod", REALLoadGlobalMethod>(),
+    operation<"PluginNewInstance", PluginNewInstance>(),
+    operation<"REALSetPropValueString", REALSetPropValueString>(),
+    operation<"REALSetPropValueInt", REALSetPropValueInt>(),
+    operation<"RuntimeRaiseException", RuntimeRaiseException>(),
+    operation<"FolderItemFromFSSpec", FolderItemFromFSSpec>(),
+    operation<"REALFSSpecFromFolderItem", REALFSSpecFromFolderItem>(),
 };
 
 const Operation* find_operation(std::string_view key) {

@@ -1,8 +1,13 @@
 // The classes and members that there are: the host's own, and what a bundle registered, read from its
 // records.
 
+#include <algorithm>
+#include <iterator>
+#include <limits>
+
 #include "minihost/library/names.h"
 #include "minihost/library/state.h"
+#include "minihost/platform/memory.h"
 
 namespace minihost {
 namespace {
@@ -19,9 +24,24 @@ void require(bool condition, const std::string& what) {
     if (!condition) throw RecordError(what);
 }
 
+void require_bytes(const void* bytes, size_t size, const std::string& what) {
+    require(platform::is_readable(bytes, size), what + " that cannot be read");
+}
+
+// The text at an address, of which `what` is the name.
+std::string text_at(const char* text, const std::string& what) {
+    require(text, what + " is missing");
+    const auto length = platform::readable_length(text);
+    require(length.has_value(), what + " cannot be read");
+    return {text, *length};
+}
+
 template <class Record>
 std::vector<const Record*> records_of(const void* table, int32_t count, size_t stride) {
-    require(count >= 0 && (table || count == 0), "a table of " + std::to_string(count) + " records");
+    const std::string what = "a table of " + std::to_string(count) + " records";
+    require(count >= 0 && (table || count == 0), what);
+    require(size_t(count) <= SIZE_MAX / stride, what);
+    require_bytes(table, size_t(count) * stride, what);
     std::vector<const Record*> records;
     for (size_t i = 0; i < size_t(count); ++i) {
         records.push_back(reinterpret_cast<const Record*>(static_cast<const char*>(table) + i * stride));
@@ -39,10 +59,10 @@ std::vector<Kind> kinds_of(const Declaration& declaration, const std::string& ow
 
 // Reads only what both layouts have.
 Method method_of(const REALmethodDefinition& record, const std::string& owner) {
-    require(record.declaration, "a method without a declaration");
-    require(record.function, std::string(record.declaration) + " has no function");
+    const std::string text = text_at(record.declaration, "a method's declaration");
+    require(record.function, text + " has no function");
     Method method{.owner = owner,
-                  .declaration = parse_declaration(record.declaration),
+                  .declaration = parse_declaration(text),
                   .function = reinterpret_cast<void*>(record.function),
                   .setter = reinterpret_cast<void*>(record.setter)};
     const Declaration& declaration = method.declaration;
@@ -60,26 +80,23 @@ Method method_of(const REALmethodDefinition& record, const std::string& owner) {
 constexpr Kind kGetterParameters[] = {Kind::Object, Kind::Integer};
 
 Property property_of(const REALproperty& record, const std::string& owner) {
-    require(record.name && record.type, "a property without a name or a type");
-    require(record.getter, std::string(record.name) + " has no getter");
+    const std::string name = text_at(record.name, "a property's name");
+    require(record.getter, name + " has no getter");
     Property property{.owner = owner,
-                      .name = record.name,
-                      .type = parse_type(record.type),
+                      .name = name,
+                      .type = parse_type(text_at(record.type, name + "'s type")),
                       .getter = reinterpret_cast<void*>(record.getter)};
     property.get = std::make_shared<NativeCall>(property.getter, kGetterParameters, property.type.kind);
     return property;
 }
 
-// Runs what reads a record; what it throws becomes the load's error, unless there is one already.
-template <class Read>
-void guarded(std::string& load_error, const std::string& subject, Read read) {
-    std::string error;
-    try {
-        read();
-    } catch (const std::exception& e) {
-        error = subject + ": " + e.what();
-    }
-    if (load_error.empty()) load_error = error;
+// The layout's version word and size are checked before the rest is read.
+void require_layout(const REALclassDefinition* record) {
+    require(record, "there is no record");
+    require_bytes(record, sizeof record->version, "a record");
+    require(record->version >= kOlderLayout && record->version <= kNewestLayout,
+            "its version word is " + std::to_string(record->version) + ", not 9 to 12");
+    require_bytes(record, record->version == kOlderLayout ? kOlderClassSize : sizeof *record, "a record");
 }
 
 REALstring exception_message(REALobject exception, int32_t) {
@@ -98,8 +115,11 @@ int32_t exception_number(REALobject exception, int32_t) {
 
 Host::State::State(Host& owner, Options given) : host(owner), options(std::move(given)) {
     const auto add = [&](const char* name, const Class* super) {
-        classes.push_back({.name = name, .super = super, .record = nullptr, .methods = {}, .properties = {}});
-        return &classes.back();
+        Class& type = classes.emplace_back();
+        type.name = name;
+        type.super = super;
+        type.instance_size = kObjectHeader;
+        return &type;
     };
     memory_block = add("MemoryBlock", nullptr);
     folder_item = add("FolderItem", nullptr);
@@ -129,53 +149,88 @@ Class* Host::State::find_class(std::string_view name) {
     return nullptr;
 }
 
+const std::string* Host::State::registering() const {
+    if (loading) return loading;
+    return running ? running->callee().bundle : nullptr;
+}
+
+// While a bundle is loaded, its declarations may name classes that come later.
+void Host::State::read(const char* subject, const std::function<void()>& read_record) {
+    try {
+        read_record();
+        if (!loading) resolve_types();
+        return;
+    } catch (const std::bad_alloc&) {
+        if (load_error.empty()) load_error = "no memory for the records";
+    } catch (const std::exception& error) {
+        if (load_error.empty()) load_error = std::string(subject) + ": " + error.what();
+    }
+    if (!loading) fault(subject, std::exchange(load_error, ""));
+}
+
+// All of the members, or none.
 void Host::State::read_members(Class& type, const REALclassDefinition& record) {
-    require(record.version >= kOlderLayout && record.version <= kNewestLayout,
-            "its version word is " + std::to_string(record.version) + ", not 9 to 12");
     const bool older = record.version == kOlderLayout;
+    Class read;
     for (const auto* method : records_of<REALmethodDefinition>(
              record.methods, record.methodCount, older ? kOlderMethodSize : sizeof(REALmethodDefinition))) {
-        type.methods.push_back(method_of(*method, type.name));
+        read.methods.push_back(method_of(*method, type.name));
+        read.methods.back().bundle = registering();
     }
     for (const auto* property : records_of<REALproperty>(record.properties, record.propertyCount,
                                                          older ? kOlderPropertySize : sizeof(REALproperty))) {
-        type.properties.push_back(property_of(*property, type.name));
+        read.properties.push_back(property_of(*property, type.name));
+        read.properties.back().bundle = registering();
     }
+    std::ranges::move(read.methods, std::back_inserter(type.methods));
+    std::ranges::move(read.properties, std::back_inserter(type.properties));
 }
 
 void Host::State::extend_class(REALclassDefinition* record) {
-    guarded(load_error, "an extension", [&] {
-        require(record && record->name, "there is no record or no name");
-        class_records.push_back(record);
-        Class* type = find_class(record->name);
-        require(type, "there is no class " + std::string(record->name));
+    read("an extension", [&] {
+        require_layout(record);
+        const std::string name = text_at(record->name, "its name");
+        Class* type = find_class(name);
+        require(type, "there is no class " + name);
         read_members(*type, *record);
+        class_records.push_back(record);
     });
 }
 
 void Host::State::register_class(REALclassDefinition* record) {
-    guarded(load_error, "a class", [&] {
-        require(record && record->name, "there is no record or no name");
-        class_records.push_back(record);
-        const std::string name = record->name;
-        require(!find_class(name), name + " is there already");
-        require(record->instanceDataSize >= 0, name + " has a negative instance data size");
-        Class type{.name = name, .super = nullptr, .record = record, .methods = {}, .properties = {}};
-        if (record->super && *record->super) {
-            type.super = find_class(record->super);
-            require(type.super, name + "'s superclass " + record->super + " is not there");
+    read("a class", [&] {
+        require_layout(record);
+        Class type;
+        type.name = text_at(record->name, "its name");
+        type.record = record;
+        type.bundle = registering();
+        require(!find_class(type.name), type.name + " is there already");
+        const std::string super = record->super ? text_at(record->super, "its superclass") : "";
+        if (!super.empty()) {
+            type.super = find_class(super);
+            require(type.super, type.name + "'s superclass " + super + " is not there");
         }
+        require(record->instanceDataSize >= 0, type.name + " has a negative instance data size");
+        const size_t offset = round_up(type.super ? type.super->instance_size : kObjectHeader);
+        const auto size = size_t(record->instanceDataSize);
+        require(offset <= size_t(std::numeric_limits<int32_t>::max()) - size,
+                type.name + " and its superclasses have more instance data than 32 bits can count");
+        type.instance_size = offset + size;
         read_members(type, *record);
-        record->systemWord = int32_t(instance_size(type.super));
+        record->systemWord = int32_t(offset);
         classes.push_back(std::move(type));
+        class_records.push_back(record);
     });
 }
 
 void Host::State::register_global(REALmethodDefinition* record) {
-    guarded(load_error, "a global method", [&] {
+    read("a global method", [&] {
         require(record, "there is no record");
+        require_bytes(record, kOlderMethodSize, "a record");
+        Method method = method_of(*record, "");
+        method.bundle = registering();
+        globals.push_back(std::move(method));
         global_records.push_back(record);
-        globals.push_back(method_of(*record, ""));
     });
 }
 
@@ -192,13 +247,11 @@ void Host::State::resolve_types() {
         }
         resolve(method.declaration.result, method.declaration.name);
     };
-    guarded(load_error, "a declaration", [&] {
-        for (Class& type : classes) {
-            for (Method& method : type.methods) resolve_method(method);
-            for (Property& property : type.properties) resolve(property.type, property.name);
-        }
-        for (Method& method : globals) resolve_method(method);
-    });
+    for (Class& type : classes) {
+        for (Method& method : type.methods) resolve_method(method);
+        for (Property& property : type.properties) resolve(property.type, property.name);
+    }
+    for (Method& method : globals) resolve_method(method);
 }
 
 }  // namespace minihost

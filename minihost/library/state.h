@@ -23,6 +23,7 @@ struct Object {
     const Class* type = nullptr;
     int32_t references = 1;
     uint64_t serial = 0;
+    bool ends = false;  // its destructors run
     Memory instance;
     void* data = nullptr;  // a block's bytes
     int32_t size = 0;      // as the block reports it
@@ -41,6 +42,29 @@ struct String {
     std::string buffer;  // what the record of an older host points to
 };
 
+// What of a bundle is called: "the constructor of " and "Base", or "" and a member's name.
+struct Callee {
+    const std::string* bundle;  // nil for the host's own
+    const char* part;
+    const std::string* name;
+};
+
+// A call into a bundle, while it lasts.
+class Running {
+ public:
+    Running(Host::State& state, const Callee& callee);
+    ~Running();
+    Running(const Running&) = delete;
+    Running& operator=(const Running&) = delete;
+
+    const Callee& callee() const { return callee_; }
+
+ private:
+    Host::State& state_;
+    const Running* outer_;
+    Callee callee_;
+};
+
 class Host::State {
  public:
     State(Host& host, Options options);
@@ -50,7 +74,7 @@ class Host::State {
     // Objects and strings (heap.cpp). A new one carries one reference; nil when there is no memory.
     // `by` names the operation in which a fault is found.
     REALobject add_object(const Class& type);
-    REALobject add_instance(const Class& type);  // the same, and its constructors called
+    REALobject add_instance(const Class& type);  // the same, and its constructors called; BundleError
     REALobject add_block(int32_t size);
     REALobject add_view(void* data, int32_t reported_size);
     REALstring add_string(std::string_view bytes, uint32_t encoding);
@@ -66,7 +90,8 @@ class Host::State {
     void fault(const char* by, const std::string& what);
     std::optional<std::string> text_of(const String& string, uint32_t encoding) const;
 
-    // Classes and members (registry.cpp). What cannot be read is put down in `load_error`.
+    // Classes and members (registry.cpp). What cannot be read is put down in `load_error`, and as a fault
+    // when no bundle is being loaded.
     Class* find_class(std::string_view name);
     void register_class(REALclassDefinition* record);
     void extend_class(REALclassDefinition* record);
@@ -85,8 +110,13 @@ class Host::State {
     bool disposes_of_string_data() const;
 
     // Calls (members.cpp). Throws the host exception that the bundle raised in the call.
-    Value call(const std::string& name, const NativeCall& function, Words& arguments, const Type& result);
+    Value call(const Callee& callee, const NativeCall& function, Words& arguments, const Type& result);
     void throw_raised();
+    // Runs what calls a bundle. Throws BundleError for what that throws.
+    template <class Run>
+    auto enter(const Callee& callee, Run run);
+    // The entry point of a bundle, and what it leaves to do. Throws LoadError.
+    void load(const std::string& bundle, const std::function<void()>& entry);
 
     Host& host;
     Options options;
@@ -108,34 +138,51 @@ class Host::State {
     std::vector<std::string> faults;
 
     uint64_t last_serial = 0;
-    int calls = 0;     // into the bundle, that are running
-    ObjectRef raised;  // in the running call
+    std::deque<std::string> bundles;       // that were loaded, as they were named
+    const std::string* loading = nullptr;  // the bundle whose entry point runs
+    const Running* running = nullptr;      // the innermost call
+    ObjectRef raised;                      // in the running call
 
     std::vector<std::filesystem::path> directories;  // by their id in file specifications
 
  private:
-    void run_destructors(REALobject object, const Class* type);
+    void run_constructors(REALobject object, const Class* type);
+    void run_destructors(const char* by, REALobject object, const Class* type);
     void retire(Memory handle);
+    void read(const char* subject, const std::function<void()>& read_record);
     void read_members(Class& type, const REALclassDefinition& record);
+    const std::string* registering() const;  // the bundle
 };
 
-// A call into the bundle, while it lasts.
-class Running {
- public:
-    explicit Running(int& calls) : calls_(calls) { ++calls_; }
-    ~Running() { --calls_; }
-    Running(const Running&) = delete;
-    Running& operator=(const Running&) = delete;
+inline Running::Running(Host::State& state, const Callee& callee)
+    : state_(state), outer_(state.running), callee_(callee) {
+    state_.running = this;
+}
 
- private:
-    int& calls_;
-};
+inline Running::~Running() { state_.running = outer_; }
+
+std::string described(const Callee& callee);
+
+template <class Run>
+auto Host::State::enter(const Callee& callee, Run run) {
+    const Running call(*this, callee);
+    try {
+        return run();
+    } catch (const std::exception& error) {
+        raised = {};
+        throw BundleError(described(callee) + " threw a C++ exception: " + error.what());
+    } catch (...) {
+        raised = {};
+        throw BundleError(described(callee) + " threw a C++ exception of an unknown type");
+    }
+}
 
 // True for the class itself and for what is below it.
 bool is_a(const Class* type, const Class* super);
 
-// The offset of the byte behind the instance data of the class and its superclasses.
-size_t instance_size(const Class* type);
+constexpr size_t kObjectHeader = 32;  // bytes in front of the first instance data
+
+size_t round_up(size_t size);  // to where instance data may begin
 
 Memory zeroed_memory(size_t size);
 

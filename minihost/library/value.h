@@ -27,9 +27,9 @@ std::string to_string(const Type& type);
 
 // Adds and gives back references of the running host (see host.h).
 void retain(REALobject object);
-void release(REALobject object);
+void release(REALobject object) noexcept;
 void retain(REALstring string);
-void release(REALstring string);
+void release(REALstring string) noexcept;
 
 // One reference to a host object or string; nil by default.
 template <class Handle>

@@ -8,7 +8,7 @@
 
 #include "minihost/library/names.h"
 #include "minihost/library/overloads.h"
-#include "minihost/library/state.h"
+#include "tests/minihost/host_operations.h"
 
 using namespace minihost;
 
@@ -19,17 +19,6 @@ const uint32_t kUtf8 = *encoding_number("UTF-8");
 template <class Function>
 auto* as_registered(Function* function) {
     return reinterpret_cast<void (*)()>(function);
-}
-
-// The message of what a call throws; "" when it throws nothing.
-template <class Error, class Call>
-std::string thrown(Call&& call) {
-    try {
-        call();
-    } catch (const Error& error) {
-        return error.what();
-    }
-    return "";
 }
 
 // Declarations
@@ -84,10 +73,6 @@ TEST(Declarations, ErrorsSayWhatWasFoundAndExpected) {
 
 class LibraryTest : public testing::Test {
  protected:
-    template <class Signature>
-    Signature* operation(const char* key) {
-        return reinterpret_cast<Signature*>(host_->state().resolve(key));
-    }
     template <class Function>
     static REALmethodDefinition method(const char* declaration, Function* function,
                                        void (*setter)() = nullptr) {
@@ -101,16 +86,17 @@ class LibraryTest : public testing::Test {
         record.methodCount = int32_t(methods.size());
         return record;
     }
+    // What could not be loaded of a bundle with this entry point.
+    std::string load(const std::function<void()>& entry) {
+        const std::string error = thrown<LoadError>([&] { host_->state().load("test", entry); });
+        return error.starts_with("test: ") ? error.substr(6) : error;
+    }
     // Registers and reports what could not be read.
     std::string extend(REALclassDefinition& record) {
-        operation<void(REALclassDefinition*)>("PluginRegisterClassExtension")(&record);
-        host_->state().resolve_types();
-        return std::exchange(host_->state().load_error, "");
+        return load([&] { operation<void(REALclassDefinition*)>("PluginRegisterClassExtension")(&record); });
     }
     std::string add_class(REALclassDefinition& record) {
-        operation<void(REALclassDefinition*)>("PluginRegisterClass")(&record);
-        host_->state().resolve_types();
-        return std::exchange(host_->state().load_error, "");
+        return load([&] { operation<void(REALclassDefinition*)>("PluginRegisterClass")(&record); });
     }
     Value call(const ObjectRef& self, const char* name, std::vector<Value> arguments = {}) {
         return host_->call(self.get(), name, arguments);
@@ -382,6 +368,13 @@ TEST_F(LibraryTest, RecordsThatCannotBeReadAreRefused) {
               "an extension: there is no class Nowhere");
     EXPECT_EQ(extension_error([](auto& r) { r.methodCount = -1; }), "an extension: a table of -1 records");
     EXPECT_EQ(extension_error([](auto& r) { r.methods = nullptr; }), "an extension: a table of 1 records");
+    EXPECT_EQ(extension_error([](auto& r) { r.methodCount = INT32_MAX; }),
+              "an extension: a table of 2147483647 records that cannot be read");
+    const auto* const nowhere = reinterpret_cast<const char*>(uintptr_t{16});
+    EXPECT_EQ(extension_error([&](auto& r) { r.name = nowhere; }), "an extension: its name cannot be read");
+    EXPECT_EQ(extension_error([](auto& r) { r.name = nullptr; }), "an extension: its name is missing");
+    methods[0].declaration = nowhere;
+    EXPECT_EQ(extension_error([](auto&) {}), "an extension: a method's declaration cannot be read");
     methods[0].declaration = "Bad(";
     EXPECT_EQ(extension_error([](auto&) {}),
               "an extension: \"Bad(\", column 5: expected a parameter's name, found the end");
@@ -393,6 +386,14 @@ TEST_F(LibraryTest, RecordsThatCannotBeReadAreRefused) {
     known.version = 12;
     known.name = "FOLDERITEM";
     EXPECT_EQ(add_class(known), "a class: FOLDERITEM is there already");
+    EXPECT_EQ(load([&] { operation<void(const void*)>("PluginRegisterClass")(nowhere); }),
+              "a class: a record that cannot be read");
+    REALclassDefinition large = {.version = 12, .name = "Large", .instanceDataSize = INT32_MAX - 1000};
+    REALclassDefinition larger = {
+        .version = 12, .name = "Larger", .super = "Large", .instanceDataSize = INT32_MAX};
+    EXPECT_EQ(add_class(large), "");
+    EXPECT_EQ(add_class(larger),
+              "a class: Larger and its superclasses have more instance data than 32 bits can count");
 }
 
 // Objects
@@ -507,24 +508,18 @@ TEST_F(LibraryTest, AnExceptionReachesTheCallerAfterTheMemberHasReturned) {
         method(
             "Fail(number as Integer) as MemoryBlock",
             +[](REALobject self, int32_t number) {
-                Host::State& state = Host::current().state();
-                const auto get = [&](const char* key) { return state.resolve(key); };
-                const auto make = reinterpret_cast<REALobject (*)(const char*)>(get("PluginNewInstance"));
-                const auto build =
-                    reinterpret_cast<REALstring (*)(const char*, int32_t)>(get("REALBuildString"));
-                const auto set_text = reinterpret_cast<void (*)(REALobject, const char*, REALstring)>(
-                    get("REALSetPropValueString"));
-                const auto set_number =
-                    reinterpret_cast<void (*)(REALobject, const char*, int32_t)>(get("REALSetPropValueInt"));
-                const auto raise = reinterpret_cast<void (*)(REALobject)>(get("RuntimeRaiseException"));
-                const REALobject exception = make("outofboundsexception");
-                const REALstring text = build("too far", 7);
-                set_text(exception, "message", text);
-                set_number(exception, "ERRORNUMBER", number);
-                raise(exception);
-                reinterpret_cast<void (*)(REALstring)>(get("REALUnlockString"))(text);
-                reinterpret_cast<void (*)(REALobject)>(get("REALUnlockObject"))(exception);
-                reinterpret_cast<void (*)(REALobject)>(get("REALLockObject"))(self);
+                const REALobject exception =
+                    operation<REALobject(const char*)>("PluginNewInstance")("outofboundsexception");
+                const REALstring text =
+                    operation<REALstring(const char*, int32_t)>("REALBuildString")("too far", 7);
+                operation<void(REALobject, const char*, REALstring)>("REALSetPropValueString")(
+                    exception, "message", text);
+                operation<void(REALobject, const char*, int32_t)>("REALSetPropValueInt")(
+                    exception, "ERRORNUMBER", number);
+                operation<void(REALobject)>("RuntimeRaiseException")(exception);
+                operation<void(REALstring)>("REALUnlockString")(text);
+                operation<void(REALobject)>("REALUnlockObject")(exception);
+                operation<void(REALobject)>("REALLockObject")(self);
                 return self;
             }),
     };

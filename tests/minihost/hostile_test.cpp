@@ -1,0 +1,213 @@
+// What bundles do wrong, and what happens where memory runs out: nothing of it ends the program without a
+// word.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include "minihost/library/crashes.h"
+#include "tests/minihost/failing_allocations.h"
+#include "tests/minihost/host_operations.h"
+
+using namespace minihost;
+
+namespace {
+
+const std::string kHostile = HOSTILE_BUNDLE;
+
+Place place_in_script() { return {"script.rbs", 12}; }
+
+class HostileBundle : public testing::Test {
+ protected:
+    void load() { host_.load(kHostile); }
+    Host host_;
+};
+
+TEST_F(HostileBundle, CrashesNameBundleMemberAndPlace) {
+    GTEST_FLAG_SET(death_test_style, "fast");
+    load();
+    const auto ends = [&](auto call, const std::string& message) {
+        EXPECT_EXIT(
+            {
+                report_crashes(70, place_in_script);
+                call();
+            },
+            testing::ExitedWithCode(70), "^script.rbs:12: " + kHostile + " crashed in " + message + "\n$");
+    };
+    ends([&] { host_.call_global("crash"); }, "Crash .segmentation fault.");
+    ends([&] { host_.call_global("Abort"); }, "Abort .abort.");
+    ends([&] { host_.call_global("OverflowStack"); }, "OverflowStack .segmentation fault.");
+    ends([&] { host_.new_instance("CrashAtBirth"); }, "the constructor of CrashAtBirth .segmentation fault.");
+    ends([&] { host_.new_instance("CrashAtDeath"); }, "the destructor of CrashAtDeath .segmentation fault.");
+    ends(
+        [&] {
+            setenv("HOSTILE", "crash", 1);
+            host_.load(kHostile);
+        },
+        "REALPluginMain .segmentation fault.");
+    // The host's own crashes are nobody else's.
+    EXPECT_EXIT(
+        {
+            report_crashes(70, place_in_script);
+            std::abort();
+        },
+        testing::KilledBySignal(SIGABRT), "^$");
+}
+
+TEST_F(HostileBundle, CppExceptionsAreCaughtAndNamed) {
+    setenv("HOSTILE", "throw", 1);
+    EXPECT_EQ(thrown<LoadError>([&] { load(); }),
+              "REALPluginMain of " + kHostile + " threw a C++ exception of an unknown type");
+    unsetenv("HOSTILE");
+    load();
+    EXPECT_EQ(thrown<BundleError>([&] { host_.call_global("ThrowNumber"); }),
+              "ThrowNumber of " + kHostile + " threw a C++ exception of an unknown type");
+    EXPECT_EQ(thrown<BundleError>([&] { host_.call_global("ThrowError"); }),
+              "ThrowError of " + kHostile + " threw a C++ exception: no way");
+    const std::string birth =
+        "the constructor of ThrowAtBirth of " + kHostile + " threw a C++ exception: no way";
+    EXPECT_EQ(thrown<BundleError>([&] { host_.new_instance("ThrowAtBirth"); }), birth);
+    EXPECT_EQ(host_.faults(), std::vector<std::string>{});
+    // A bundle that makes such an instance gets none.
+    const auto make = operation<REALobject(const char*)>("PluginNewInstance");
+    EXPECT_EQ(make("ThrowAtBirth"), nullptr);
+    EXPECT_TRUE(host_.new_instance("ThrowAtDeath"));
+    EXPECT_EQ(host_.faults(),
+              (std::vector<std::string>{
+                  "PluginNewInstance: " + birth,
+                  "release: the destructor of ThrowAtDeath of " + kHostile + " threw a C++ exception: no way",
+              }));
+    EXPECT_EQ(host_.open_references(), std::vector<std::string>{});
+    EXPECT_EQ(host_.state().running, nullptr);
+}
+
+TEST_F(HostileBundle, RegistersWhileItIsCalled) {
+    load();
+    const Method* first = &host_.globals().front();
+    EXPECT_EQ(host_.call_global("RegisterGlobals", std::vector<Value>{1000}), Value(1000));
+    EXPECT_EQ(&host_.globals().front(), first);
+    EXPECT_EQ(first->declaration.name, "Crash");
+    EXPECT_THROW(host_.call_global("Late"), BundleError);
+
+    host_.call_global("ExtendUnknown");
+    EXPECT_EQ(host_.faults(), std::vector<std::string>{"an extension: there is no class Nowhere"});
+    for (const REALclassDefinition* record : host_.registered_classes())
+        EXPECT_TRUE(host_.find_class(record->name)) << record->name;
+}
+
+// Each host operation, with each of its allocations failing in turn.
+TEST(HostWithoutMemory, OperationsAnswerNilOrNothing) {
+    Host host;
+    const ObjectRef block = host.new_block("bytes");
+    const StringRef text =
+        host.new_string("text that is longer than a string's own room for bytes", *encoding_number("UTF-8"));
+    const ObjectRef exception = host.new_instance("IOException");
+    const auto new_block = operation<REALobject(int32_t)>("newMemoryBlock");
+    const auto build = operation<REALstring(const char*, int32_t)>("REALBuildString");
+    const auto convert = operation<REALstring(REALstring, uint32_t)>("REALConvertString");
+    const auto make = operation<REALobject(const char*)>("PluginNewInstance");
+    const auto unlock = operation<void(REALobject)>("REALUnlockObject");
+    const auto string_data =
+        operation<REALboolean(REALstring, uint32_t, REALstringData*)>("PluginGetStringData");
+    const auto dispose = operation<void(REALstringData*)>("PluginDisposeStringData");
+    const auto load_global = operation<void*(void*, const char*)>("REALLoadGlobalMethod");
+    const auto from_spec = operation<REALobject(const FSSpec*)>("FolderItemFromFSSpec");
+    const auto to_spec = operation<void(FSSpec*, REALobject)>("REALFSSpecFromFolderItem");
+    const auto add_method = operation<void(REALmethodDefinition*)>("PluginRegisterMethod");
+    const ObjectRef item = host.new_folder_item("/a/path/that/is/longer/than/a/string/keeps/itself");
+    FSSpec spec = {};
+    to_spec(&spec, item.get());
+    REALmethodDefinition record = {reinterpret_cast<void (*)()>(+[] {}),
+                                   nullptr,
+                                   "WithAnUncommonlyLongName(number as Integer)",
+                                   4,
+                                   nullptr,
+                                   0};
+    const char16_t message[] = u"a message that is longer than a string keeps in itself";
+
+    // Whether it could do its work; what it made is given back.
+    const std::pair<const char*, std::function<bool()>> operations[] = {
+        {"newMemoryBlock", [&] { return bool(ObjectRef::adopt(new_block(8))); }},
+        {"REALBuildString",
+         [&] {
+             return bool(
+                 StringRef::adopt(build(reinterpret_cast<const char*>(message), int32_t(sizeof message))));
+         }},
+        {"REALConvertString",
+         [&] { return bool(StringRef::adopt(convert(text.get(), kTextEncodingMacRoman))); }},
+        {"PluginNewInstance", [&] { return bool(ObjectRef::adopt(make("IOException"))); }},
+        {"PluginGetStringData",
+         [&] {
+             REALstringData data = {};
+             if (!string_data(text.get(), kTextEncodingMacRoman, &data)) return false;
+             dispose(&data);
+             return true;
+         }},
+        {"REALLoadGlobalMethod",
+         [&] { return load_global(nullptr, "LenB( s as string ) as integer") != nullptr; }},
+        {"FolderItemFromFSSpec", [&] { return bool(ObjectRef::adopt(from_spec(&spec))); }},
+        {"REALFSSpecFromFolderItem",
+         [&] {
+             FSSpec written = {};
+             to_spec(&written, item.get());
+             return written.bytes[0] != 0;
+         }},
+        {"PluginRegisterMethod",
+         [&] {
+             const size_t before = host.globals().size();
+             add_method(&record);
+             return host.globals().size() == before + 1;
+         }},
+    };
+    for (const auto& [key, work] : operations) {
+        bool done = false;
+        int failing = 0;
+        for (; !done && failing < 200; ++failing) {
+            allocations_left = failing;
+            done = work();
+            allocations_left = -1;
+        }
+        EXPECT_TRUE(done) << key;
+        EXPECT_GT(failing, 1) << key << " allocates";
+    }
+    // A fault that cannot be written down is lost.
+    const size_t faults = host.faults().size();
+    allocations_left = 0;
+    unlock(nullptr);
+    allocations_left = -1;
+    EXPECT_EQ(host.faults().size(), faults);
+    EXPECT_EQ(host.open_references().size(), 4u);
+}
+
+TEST(HostTrace, SeesEachOperationWithArgumentsAndResult) {
+    std::vector<std::string> lines;
+    Options options;
+    options.trace = [&](const OperationCall& call) {
+        std::string line(call.key);
+        for (const Operand& operand : call.arguments) {
+            if (const auto* number = std::get_if<int32_t>(&operand)) line += " " + std::to_string(*number);
+            if (const auto* text = std::get_if<const char*>(&operand)) line += std::string(" ") + *text;
+            if (std::holds_alternative<const void*>(operand)) line += " address";
+        }
+        if (call.result.index() != 0) line += " = " + std::to_string(call.result.index());
+        lines.push_back(line);
+    };
+    Host host(std::move(options));
+    const auto make = operation<REALobject(const char*)>("PluginNewInstance");
+    const auto unlock = operation<void(REALobject)>("REALUnlockObject");
+    const auto build = operation<REALstring(const char*, int32_t)>("REALBuildString");
+    unlock(make("IOException"));
+    const StringRef text = StringRef::adopt(build("abc", 3));
+    EXPECT_EQ(lines, (std::vector<std::string>{"PluginNewInstance IOException = 5",
+                                               "REALUnlockObject address", "REALBuildString address 3 = 5"}));
+}
+
+// More hosts than descriptors, each with static data of its own.
+TEST(HostImages, AreFreshEachTime) {
+    for (int round = 0; round < 100; ++round) {
+        Host host;
+        host.load(PROBE_BUNDLE);
+        ASSERT_EQ(host.globals().size(), 6u);
+    }
+}
+
+}  // namespace
