@@ -165,7 +165,7 @@ void Host::State::read(const char* subject, const std::function<void()>& read_re
     } catch (const std::exception& error) {
         if (load_error.empty()) load_error = std::string(subject) + ": " + error.what();
     }
-    if (!loading) fault(subject, std::exchange(load_error, ""));
+    if (!loading) faults.push_back(std::exchange(load_error, ""));
 }
 
 // All of the members, or none.

@@ -388,9 +388,12 @@ TEST_F(LibraryTest, RecordsThatCannotBeReadAreRefused) {
     EXPECT_EQ(add_class(known), "a class: FOLDERITEM is there already");
     EXPECT_EQ(load([&] { operation<void(const void*)>("PluginRegisterClass")(nowhere); }),
               "a class: a record that cannot be read");
-    REALclassDefinition large = {.version = 12, .name = "Large", .instanceDataSize = INT32_MAX - 1000};
-    REALclassDefinition larger = {
-        .version = 12, .name = "Larger", .super = "Large", .instanceDataSize = INT32_MAX};
+    methods.clear();
+    REALclassDefinition large = record("Large", methods);
+    REALclassDefinition larger = record("Larger", methods);
+    large.instanceDataSize = INT32_MAX - 1000;
+    larger.super = "Large";
+    larger.instanceDataSize = INT32_MAX;
     EXPECT_EQ(add_class(large), "");
     EXPECT_EQ(add_class(larger),
               "a class: Larger and its superclasses have more instance data than 32 bits can count");
