@@ -30,13 +30,13 @@
 namespace minihost {
 
 // One argument or result of a host operation; text ends with a zero byte, or is nil.
-using Operand = std::variant<std::monostate, int32_t, uint32_t, double, const char*, const void*>;
+using OperationValue = std::variant<std::monostate, int32_t, uint32_t, double, const char*, const void*>;
 
 // A call of a host operation, after it has returned. The monostate stands for no result.
 struct OperationCall {
     std::string_view key;
-    std::span<const Operand> arguments;
-    Operand result;
+    std::span<const OperationValue> arguments;
+    OperationValue result;
 };
 
 struct Options {

@@ -22,7 +22,7 @@ struct Key {
 };
 
 template <class Argument>
-Operand operand(Argument argument) {
+OperationValue operand(Argument argument) {
     if constexpr (std::is_same_v<Argument, const char*> || !std::is_integral_v<Argument>) {
         return argument;
     } else {
@@ -54,7 +54,7 @@ struct Outer<Name, Function, Result (*)(Arguments...)> {
     static Result traced(Arguments... arguments) {
         const auto& trace = state().options.trace;
         if (!trace) return Function(arguments...);
-        const std::array<Operand, sizeof...(arguments)> operands{operand(arguments)...};
+        const std::array<OperationValue, sizeof...(arguments)> operands{operand(arguments)...};
         if constexpr (std::is_void_v<Result>) {
             Function(arguments...);
             trace({Name.text, operands, {}});

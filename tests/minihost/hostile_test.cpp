@@ -183,7 +183,7 @@ TEST(HostTrace, SeesEachOperationWithArgumentsAndResult) {
     Options options;
     options.trace = [&](const OperationCall& call) {
         std::string line(call.key);
-        for (const Operand& operand : call.arguments) {
+        for (const OperationValue& operand : call.arguments) {
             if (const auto* number = std::get_if<int32_t>(&operand)) line += " " + std::to_string(*number);
             if (const auto* text = std::get_if<const char*>(&operand)) line += std::string(" ") + *text;
             if (std::holds_alternative<const void*>(operand)) line += " address";
