@@ -1,6 +1,19 @@
-// Moves the bits of a word that a mask selects to its low end, in their order: for levels without an
-// instruction for it. (H. S. Warren, "Hacker's Delight", 2nd edition, section 7-4: a selected bit moves by
-// the number of unselected ones below it, by one power of two at a time.)
+// Moves the bits of a word that a mask selects to its low end, in their order.
+#if defined(__BMI2__) && defined(__x86_64__)
+
+class Extractor {
+ public:
+    explicit Extractor(uint64_t mask) : mask_(mask) {}
+    uint64_t operator()(uint64_t word) const { return _pext_u64(word, mask_); }
+
+ private:
+    uint64_t mask_;
+};
+
+#else
+
+// Without an instruction for it. (H. S. Warren, "Hacker's Delight", 2nd edition, section 7-4: a selected bit
+// moves by the number of unselected ones below it, by one power of two at a time.)
 class Extractor {
  public:
     explicit Extractor(uint64_t mask) : mask_(mask) {
@@ -27,3 +40,5 @@ class Extractor {
     uint64_t mask_;
     uint64_t moved_[6];
 };
+
+#endif

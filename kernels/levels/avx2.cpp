@@ -90,18 +90,7 @@ inline void store_windows(uint8_t* data, size_t distance, Bytes v) {
 }
 inline Bytes picked(Bytes v, Bytes from) { return shuffled(v, from); }
 
-#ifdef __x86_64__
-class Extractor {
- public:
-    explicit Extractor(uint64_t mask) : mask_(mask) {}
-    uint64_t operator()(uint64_t word) const { return _pext_u64(word, mask_); }
-
- private:
-    uint64_t mask_;
-};
-#else
 #include "kernels/fast/extract.h"
-#endif
 
 inline Bytes expanded(const uint8_t* bits) {
     const auto bit_of_each = Bytes(all(UINT64_C(0x0102040810204080)));

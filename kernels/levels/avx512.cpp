@@ -93,18 +93,7 @@ inline Bytes picked(Bytes v, Bytes from) {
     return Bytes(_mm512_maskz_permutexvar_epi8(wanted, __m512i(from), __m512i(v)));
 }
 
-#ifdef __x86_64__
-class Extractor {
- public:
-    explicit Extractor(uint64_t mask) : mask_(mask) {}
-    uint64_t operator()(uint64_t word) const { return _pext_u64(word, mask_); }
-
- private:
-    uint64_t mask_;
-};
-#else
 #include "kernels/fast/extract.h"
-#endif
 
 inline Bytes expanded(const uint8_t* bits) {
     return Bytes(_mm512_movm_epi8(bits_in_bytes_reversed(load<uint64_t>(bits))));
