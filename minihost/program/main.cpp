@@ -12,6 +12,7 @@
 #include <iostream>
 #include <optional>
 
+#include "minihost/library/crashes.h"
 #include "minihost/program/files.h"
 #include "minihost/program/help.h"
 #include "minihost/program/names.h"
@@ -24,6 +25,7 @@ namespace fs = std::filesystem;
 
 constexpr int kFailed = 1;
 constexpr int kUsage = 2;
+constexpr int kCrashed = 70;
 
 struct CommandLine {
     std::optional<std::string> plugin;
@@ -31,6 +33,7 @@ struct CommandLine {
     std::vector<std::string> without;
     std::string statements;  // of -e
     bool has_statements = false;
+    bool json = false;
     std::vector<std::string> rest;  // script and arguments
 };
 
@@ -92,7 +95,10 @@ class Formatter : public CLI::Formatter {
         return "Usage: minihost [OPTIONS] [SCRIPT [ARGUMENTS...]]\n";
     }
     std::string make_footer(const CLI::App*) const override {
-        std::string text = "\nKeys for --without:\n";
+        std::string text =
+            "\nExit status: 0, what Quit says, 1 for a script that fails, 2 for a wrong command line,\n"
+            "70 for a bundle that crashes.\n"
+            "\nKeys for --without:\n";
         for (const std::string& key : minihost::Host::keys()) text += "  " + key + '\n';
         return text;
     }
@@ -118,6 +124,8 @@ std::optional<CommandLine> parse_command_line(int argc, char** argv) {
         ->expected(1)
         ->allow_extra_args(false)
         ->take_all();
+    app.add_flag("--json", line.json,
+                 "Print values as JSON, a line for each Print; a block as its bytes in hexadecimal");
     app.set_version_flag("--version", "minihost " MINIHOST_VERSION);
     app.prefix_command();  // what follows the script is the script's
     try {
@@ -139,7 +147,7 @@ std::optional<CommandLine> parse_command_line(int argc, char** argv) {
 
 // What the command line asks for: statements, a script, a prompt, or statements from standard input.
 void run_input(minihost::Host& host, const CommandLine& line) {
-    minihost::Settings settings{.arguments = line.rest, .dump = dump_style()};
+    minihost::Settings settings{.arguments = line.rest, .dump = dump_style(), .json = line.json};
     const auto run = [&](const std::string& name, const std::string& statements) {
         minihost::Session(host, std::cout, settings).run(name, statements);
     };
@@ -166,6 +174,12 @@ void load_bundle(minihost::Host& host, const CommandLine& line) {
     host.load(bundle);
 }
 
+// What was printed before the crash is not lost.
+minihost::Place place_of_crash() {
+    std::fflush(stdout);
+    return minihost::Session::running();
+}
+
 // What is to be said when the program ends goes to the error output. The result is the exit status.
 int run_host(const CommandLine& line) {
     minihost::Host host(host_options(line));
@@ -175,6 +189,7 @@ int run_host(const CommandLine& line) {
         std::cerr << text << '\n';
         status = kFailed;
     };
+    minihost::report_crashes(kCrashed, place_of_crash);
     try {
         load_bundle(host, line);
         run_input(host, line);

@@ -26,6 +26,7 @@ struct Runtime {
     std::vector<std::string> arguments;   // of the script, without its name
     std::filesystem::path script_folder;  // where the script lies
     HexDump dump;
+    bool json = false;  // Print writes JSON
     std::vector<Value> variables = {};
     Position at = {};                                          // what runs
     static inline volatile std::sig_atomic_t interrupted = 0;  // set where all that runs must end

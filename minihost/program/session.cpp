@@ -16,15 +16,38 @@ std::string located(const std::string& name, Position at, const std::string& tex
     return place + ": " + text;
 }
 
+const std::string* name_of_running = nullptr;
+const Runtime* runtime_of_running = nullptr;
+
+// A script, while it runs.
+struct Running {
+    Running(const std::string& name, const Runtime& runtime) {
+        runtime_of_running = &runtime;
+        name_of_running = &name;
+    }
+    ~Running() { name_of_running = nullptr; }
+    Running(const Running&) = delete;
+    Running& operator=(const Running&) = delete;
+};
+
 }  // namespace
 
 Session::Session(Host& host, std::ostream& out, Settings settings)
-    : runtime_{host, out, std::move(settings.arguments), std::move(settings.script_folder),
-               HexDump(settings.dump)},
+    : runtime_{host,
+               out,
+               std::move(settings.arguments),
+               std::move(settings.script_folder),
+               HexDump(settings.dump),
+               settings.json},
       interactive_(settings.interactive) {}
+
+Place Session::running() {
+    return name_of_running ? Place{name_of_running->c_str(), runtime_of_running->at.line} : Place{};
+}
 
 bool Session::run(const std::string& name, std::string_view text, bool more_can_come) {
     runtime_.at = {1, 0};
+    const Running running(name, runtime_);
     try {
         minihost::run(parse(text, runtime_, scopes_, interactive_), runtime_);
         return true;

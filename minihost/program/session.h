@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "minihost/library/crashes.h"
 #include "minihost/program/parser.h"
 #include "minihost/program/runtime.h"
 
@@ -16,6 +17,7 @@ struct Settings {
     std::vector<std::string> arguments = {};    // of the script, without its name
     std::filesystem::path script_folder = ".";  // what ScriptFolder returns
     HexDump::Style dump = {};                   // how blocks are shown
+    bool json = false;                          // Print writes JSON
     bool interactive = false;  // a prompt: values alone are shown, names can be declared anew
 };
 
@@ -27,6 +29,9 @@ class Session {
     // early, with a text such as "tour.rbs:12:9: expected a value, found end of line", and Quit. Interactive
     // ones that need more lines to be whole are not run when such lines can come: the result is false.
     bool run(const std::string& name, std::string_view text, bool more_can_come = true);
+
+    // Where the script is that runs now; nowhere when none does. Can be asked from a signal's handler.
+    static Place running();
 
     // The names that begin with `word`, which stands after `before`: members after a dot, otherwise words,
     // functions and variables.

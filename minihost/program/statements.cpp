@@ -6,6 +6,7 @@
 
 #include "minihost/program/files.h"
 #include "minihost/program/help.h"
+#include "minihost/program/json.h"
 #include "minihost/program/names.h"
 
 namespace minihost {
@@ -85,16 +86,18 @@ Action call_statement(Evaluate call) {
 }
 
 Action print_statement(std::vector<Expression> parts) {
-    if (parts.size() == 1 && same_name(parts[0].type.class_name, "MemoryBlock")) {
-        return [block = parts[0].evaluate](Runtime& runtime) {
-            print_block(runtime, std::get<ObjectRef>(block(runtime)));
-            return Flow::Next;
-        };
-    }
-    return [parts = std::move(parts)](Runtime& runtime) {
-        std::string line;
-        for (const Expression& part : parts) line += show(runtime, part.evaluate(runtime));
-        runtime.out << line << '\n';
+    const bool block = parts.size() == 1 && same_name(parts[0].type.class_name, "MemoryBlock");
+    return [block, parts = std::move(parts)](Runtime& runtime) {
+        std::vector<Value> values;
+        for (const Expression& part : parts) values.push_back(part.evaluate(runtime));
+        if (runtime.json) {
+            runtime.out << json(runtime, values) << '\n';
+        } else if (block) {
+            print_block(runtime, std::get<ObjectRef>(values[0]));
+        } else {
+            for (const Value& value : values) runtime.out << show(runtime, value);
+            runtime.out << '\n';
+        }
         return Flow::Next;
     };
 }

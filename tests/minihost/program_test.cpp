@@ -76,6 +76,10 @@ TEST_F(Program, RunsWhatTheCommandLineSays) {
         {"- a", "#!/usr/bin/env minihost\nPrint Args(1)\nquit\nPrint 2", "a\n0"},
         {"-e 'Try : Quit 3 : Catch : End Try'", "", "3"},
         {"-e 'Quit 256'", "", "-e:1:1: OutOfBoundsException: an exit status is 0 to 255\n1"},
+        {"--json -e 'Print 1 : Print 0.5; True; Nil; \"a\"\"\u00e9\"; BlockFromHex(\"00fF\") : Print "
+         "DefineEncoding(Chr(9) "
+         "+ BlockFromHex(\"ff41\").StringValue(0, 2), \"UTF-8\")'",
+         "", "1\n[0.5, true, null, \"a\\\"\u00e9\", \"00ff\"]\n\"\\u0009\\ufffdA\"\n0"},
         {"</", "", "cannot read standard input: Is a directory\n1"},
         {"<&-", "", "cannot read standard input: Bad file descriptor\n1"},
         {"missing.rbs", "", "cannot read missing.rbs: No such file or directory\n1"},
@@ -118,6 +122,12 @@ TEST_F(Program, RefusesWhatIsNoBundle) {
     refused("text.so");
     refused("nix.so");
     EXPECT_NE(refused(NO_ENTRY_BUNDLE).find("REALPluginMain"), std::string::npos);
+}
+
+TEST_F(Program, SaysWhereTheBundleCrashes) {
+    write("crash.rbs", "Print 1\nCrash\nPrint 2");
+    EXPECT_EQ(run("--plugin " HOSTILE_BUNDLE " crash.rbs"),
+              "1\ncrash.rbs:2: " HOSTILE_BUNDLE " crashed in Crash (segmentation fault)\n70");
 }
 
 TEST_F(Program, GivesTheTour) {
