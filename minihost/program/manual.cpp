@@ -1,7 +1,6 @@
 #include "minihost/program/manual.h"
 
 #include <algorithm>
-#include <regex>
 #include <span>
 #include <sstream>
 
@@ -20,11 +19,24 @@ std::vector<std::string> split(const std::string& text, const std::string& separ
     return parts;
 }
 
-std::string without_marks(std::string text) {
-    text = std::regex_replace(text, std::regex(R"(!?\[([^\]]*)\]\([^)]*\))"), "$1");
-    text = std::regex_replace(text, std::regex(R"(\*\*([^*]*)\*\*)"), "$1");
-    text = std::regex_replace(text, std::regex(R"(\*([^* ][^*]*)\*)"), "$1");
-    return std::regex_replace(text, std::regex("`"), "");
+// Without emphasis, backticks and the targets of links. What stands between backticks is kept as it is.
+std::string without_marks(const std::string& text) {
+    std::string plain;
+    bool code = false;
+    for (size_t i = 0; i < text.size(); ++i) {
+        const char c = text[i];
+        if (c == '`') {
+            code = !code;
+        } else if (code) {
+            plain += c;
+        } else if (c == ']' && text.compare(i, 2, "](") == 0) {
+            i = text.find(')', i);
+            if (i == text.npos) break;
+        } else if (c != '*' && c != '[' && !(c == '!' && text.compare(i, 2, "![") == 0)) {
+            plain += c;
+        }
+    }
+    return plain;
 }
 
 // Columns of a text in UTF-8.
@@ -96,9 +108,11 @@ std::vector<ManualEntry> read_pages() {
                 entry.summary = without_marks(split(paragraph.substr(begin), ". ").front());
                 break;
             }
-            static const std::regex tasks(R"(\*\*Tasks:\*\* (.*))");
-            if (std::smatch found; std::regex_search(entry.text, found, tasks))
-                entry.tasks = split(found[1], ", ");
+            constexpr std::string_view kTasks = "\n**Tasks:** ";
+            if (const size_t at = entry.text.find(kTasks); at != entry.text.npos) {
+                const size_t from = at + kTasks.size();
+                entry.tasks = split(entry.text.substr(from, entry.text.find('\n', from) - from), ", ");
+            }
             entries.push_back(std::move(entry));
         }
     }
