@@ -40,7 +40,7 @@ template <class Record>
 std::vector<const Record*> records_of(const void* table, int32_t count, size_t stride) {
     const std::string what = "a table of " + std::to_string(count) + " records";
     require(count >= 0 && (table || count == 0), what);
-    require(size_t(count) <= SIZE_MAX / stride, what);
+    require(size_t(count) <= SIZE_MAX / stride, what + " that cannot be read");
     require_bytes(table, size_t(count) * stride, what);
     std::vector<const Record*> records;
     for (size_t i = 0; i < size_t(count); ++i) {
