@@ -9,10 +9,6 @@ void reverse_bytes(uint8_t* data, size_t n) {
     for (size_t i = 0; i < n / 2; ++i) std::swap(data[i], data[n - 1 - i]);
 }
 
-void reverse_bits_in_bytes(uint8_t* data, size_t n) {
-    for (size_t i = 0; i < n; ++i) reverse_bits(data + i, 0, 8);
-}
-
 void reverse_bits(uint8_t* data, size_t first, size_t count) {
     for (size_t i = 0; i < count / 2; ++i) {
         const size_t low = first + i;
@@ -21,4 +17,8 @@ void reverse_bits(uint8_t* data, size_t first, size_t count) {
         set_bit(data, low, bit(data, high));
         set_bit(data, high, value);
     }
+}
+
+void reverse_bits_in_bytes(uint8_t* data, size_t n) {
+    for (size_t i = 0; i < n; ++i) reverse_bits(data + i, 0, 8);
 }
