@@ -173,6 +173,8 @@ class Prompt : public Program {
     }
 
     static void type(const Terminal& terminal, const std::string& typed, const std::string& awaited) {
+        // A line editor shows its prompt and then switches the terminal, which drops what came in between.
+        usleep(300'000);
         EXPECT_EQ(::write(terminal.descriptor, typed.data(), typed.size()), ssize_t(typed.size()));
         std::string shown;
         char buffer[256];
