@@ -13,6 +13,7 @@
 #include <optional>
 
 #include "minihost/library/crashes.h"
+#include "minihost/library/trace.h"
 #include "minihost/program/files.h"
 #include "minihost/program/help.h"
 #include "minihost/program/names.h"
@@ -34,6 +35,7 @@ struct CommandLine {
     std::string statements;  // of -e
     bool has_statements = false;
     bool json = false;
+    bool trace = false;
     std::vector<std::string> rest;  // script and arguments
 };
 
@@ -74,6 +76,7 @@ minihost::Options host_options(const CommandLine& line) {
     }
     options.without.insert(line.without.begin(), line.without.end());
     if (line.host_version) options.version = host_version(*line.host_version);
+    if (line.trace) options.trace = minihost::trace_to(std::cerr);
     return options;
 }
 
@@ -126,6 +129,7 @@ std::optional<CommandLine> parse_command_line(int argc, char** argv) {
         ->take_all();
     app.add_flag("--json", line.json,
                  "Print values as JSON, a line for each Print; a block as its bytes in hexadecimal");
+    app.add_flag("--trace", line.trace, "Say each call of a host operation on the error output");
     app.set_version_flag("--version", "minihost " MINIHOST_VERSION);
     app.prefix_command();  // what follows the script is the script's
     try {

@@ -3,8 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <regex>
+#include <sstream>
 
 #include "minihost/library/crashes.h"
+#include "minihost/library/trace.h"
 #include "tests/minihost/failing_allocations.h"
 #include "tests/minihost/host_operations.h"
 
@@ -178,27 +181,42 @@ TEST(HostWithoutMemory, OperationsAnswerNilOrNothing) {
     EXPECT_EQ(host.open_references().size(), 4u);
 }
 
-TEST(HostTrace, SeesEachOperationWithArgumentsAndResult) {
-    std::vector<std::string> lines;
+// Addresses differ from run to run, and are the only hexadecimal numbers with a small x.
+TEST(HostTrace, NamesObjectsStringsEncodingsAndRecords) {
+    std::ostringstream out;
     Options options;
-    options.trace = [&](const OperationCall& call) {
-        std::string line(call.key);
-        for (const OperationValue& operand : call.arguments) {
-            if (const auto* number = std::get_if<int32_t>(&operand)) line += " " + std::to_string(*number);
-            if (const auto* text = std::get_if<const char*>(&operand)) line += std::string(" ") + *text;
-            if (std::holds_alternative<const void*>(operand)) line += " address";
-        }
-        if (call.result.index() != 0) line += " = " + std::to_string(call.result.index());
-        lines.push_back(line);
-    };
+    options.trace = trace_to(out);
     Host host(std::move(options));
+    host.load(kHostile);
+    out.str("");
     const auto make = operation<REALobject(const char*)>("PluginNewInstance");
+    const auto lock = operation<void(REALobject)>("REALLockObject");
     const auto unlock = operation<void(REALobject)>("REALUnlockObject");
     const auto build = operation<REALstring(const char*, int32_t)>("REALBuildString");
-    unlock(make("IOException"));
-    const StringRef text = StringRef::adopt(build("abc", 3));
-    EXPECT_EQ(lines, (std::vector<std::string>{"PluginNewInstance IOException = 5",
-                                               "REALUnlockObject address", "REALBuildString address 3 = 5"}));
+    const auto encode = operation<void(REALstring, uint32_t)>("REALSetStringEncoding");
+    const REALobject exception = make("IOException");
+    lock(exception);
+    unlock(exception);
+    unlock(exception);
+    unlock(exception);
+    make(nullptr);
+    const StringRef text = StringRef::adopt(build("a\nb", 3));
+    encode(text.get(), kTextEncodingUS_ASCII);
+    encode(text.get(), kTextEncodingUnknown);
+    operation<double()>("REALGetRBVersion")();
+    EXPECT_EQ(host.call_global("RegisterGlobals", std::vector<Value>{1}), Value(1));
+    EXPECT_EQ(std::regex_replace(out.str(), std::regex("0x[0-9a-f]+"), "ADDRESS"),
+              "trace: PluginNewInstance(\"IOException\") = IOException#1\n"
+              "trace: REALLockObject(IOException#1)\n"
+              "trace: REALUnlockObject(IOException#1)\n"
+              "trace: REALUnlockObject(IOException#1)\n"
+              "trace: REALUnlockObject(ADDRESS)\n"
+              "trace: PluginNewInstance(nil) = nil\n"
+              "trace: REALBuildString(ADDRESS, 3) = String \"a\\x0Ab\"\n"
+              "trace: REALSetStringEncoding(String \"a\\x0Ab\", US-ASCII)\n"
+              "trace: REALSetStringEncoding(String \"a\\x0Ab\", no encoding)\n"
+              "trace: REALGetRBVersion() = 2013.04\n"
+              "trace: RegisterGlobals: PluginRegisterMethod(\"Late\")\n");
 }
 
 // More hosts than descriptors, each with static data of its own.

@@ -130,6 +130,15 @@ TEST_F(Program, SaysWhereTheBundleCrashes) {
               "1\ncrash.rbs:2: " HOSTILE_BUNDLE " crashed in Crash (segmentation fault)\n70");
 }
 
+// On the error output, after what the script has printed so far.
+TEST_F(Program, TracesHostOperations) {
+    const std::string result =
+        run("--trace -e 'Print 1 : Dim b As New MemoryBlock(3) : Print b.BytesZOR' 2>&1");
+    EXPECT_TRUE(result.starts_with("trace: REALPluginMain: ")) << result;
+    EXPECT_TRUE(result.ends_with("1\ntrace: BytesZOR: memoryBlockGetSize(MemoryBlock#1) = 3\n3\n0"))
+        << result;
+}
+
 TEST_F(Program, GivesTheTour) {
     const std::string script = quoted(SOURCE_DIR "/examples/tour.rbs");
     EXPECT_EQ(run(script), read(SOURCE_DIR "/tests/minihost/tour.txt") + "0");
