@@ -126,7 +126,7 @@ TEST_F(Program, RefusesWhatIsNoBundle) {
 
 TEST_F(Program, SaysWhereTheBundleCrashes) {
     write("crash.rbs", "Print 1\nCrash\nPrint 2");
-    EXPECT_EQ(run("--plugin " HOSTILE_BUNDLE " crash.rbs"),
+    EXPECT_EQ(run("--plugin " + quoted(HOSTILE_BUNDLE) + " crash.rbs"),
               "1\ncrash.rbs:2: " HOSTILE_BUNDLE " crashed in Crash (segmentation fault)\n70");
 }
 
