@@ -15,6 +15,10 @@ inline void store_pieces(uint8_t* data, size_t n, uint64_t pieces) {
     store(data + n - sizeof(Piece), Piece(pieces >> 8 * sizeof(Piece)));
 }
 
+inline Bytes load_words_at_ends(const uint8_t* data, size_t n) {
+    return Bytes(Lane64{load<uint64_t>(data), load<uint64_t>(data + n - kWord)});
+}
+
 // Pieces of kBytes bytes, 16 or more, side by side at the beginning of a vector.
 template <size_t kBytes, size_t kAll = kVectorBytes>
 inline Bytes load_long_pieces(const uint8_t* data, size_t n) {
@@ -51,10 +55,9 @@ inline void change_ends(uint8_t* data, size_t n, Rule rule) {
         if (n >= 16) return store_long_pieces<16>(data, n, rule(load_long_pieces<16>(data, n)));
     }
     if (n >= 8) {
-        const auto changed =
-            Lane64(rule(Bytes(Lane64{load<uint64_t>(data), load<uint64_t>(data + n - sizeof(uint64_t))})));
+        const auto changed = Lane64(rule(load_words_at_ends(data, n)));
         store(data, uint64_t(changed[0]));
-        store(data + n - sizeof(uint64_t), uint64_t(changed[1]));
+        store(data + n - kWord, uint64_t(changed[1]));
         return;
     }
     const auto changed = [&](uint64_t pieces) { return uint64_t(Lane64(rule(Bytes(Lane64{pieces})))[0]); };

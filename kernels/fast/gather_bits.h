@@ -30,8 +30,7 @@ class BitWriter {
  public:
     BitWriter(uint8_t* run, uint64_t bit) : at_(run + size_t(bit / 8)), pending_(unsigned(bit % 8)) {}
 
-    static constexpr unsigned kBits = 32;      // for `append`
-    static constexpr unsigned kWordBits = 57;  // for `append_word`
+    static constexpr unsigned kBits = 57;  // at a time
 
     uint8_t* position() const { return at_; }
     unsigned pending() const { return pending_; }
@@ -43,7 +42,7 @@ class BitWriter {
         for (; pending_ >= 8; ++at_) *at_ = uint8_t(word_ >> (pending_ -= 8));
     }
 
-    // Appends up to kWordBits bits, and stores eight bytes, of which those after the bits are not settled
+    // Appends up to kBits bits, and stores eight bytes, of which those after the bits are not settled
     // yet.
     void append_word(uint64_t bits, unsigned count) {
         word_ = word_ << count | bits;
@@ -131,21 +130,87 @@ inline uint64_t group_mask(uint64_t bits, uint64_t step, unsigned groups) {
     return mask & ~UINT64_C(0) << (64 - ((groups - 1) * step + bits));
 }
 
-// As many groups as lie in whole words and can be stored in whole words; returns their number.
-inline size_t gather_words_of_bits(const BitSource& source, BitWriter& writer, uint64_t bit, uint64_t bits,
+// How groups are taken together, by words that begin with a byte.
+struct WordOfGroups {
+    unsigned at_once;  // groups of a word
+    unsigned phase;    // the bit of a word with which its first group begins
+
+    // The most that fit into a word if the next word begins a number of whole bytes later, in the same phase;
+    // 0 where none do.
+    WordOfGroups(uint64_t bit, uint64_t bits, uint64_t step) : at_once(0), phase(unsigned(bit % 8)) {
+        const unsigned whole_bytes = step % 8 == 0 ? 1 : step % 4 == 0 ? 2 : step % 2 == 0 ? 4 : 8;
+        if (phase + bits > 64 || bits > BitWriter::kBits) return;
+        const uint64_t most = smaller<uint64_t>((64 - phase - bits) / step + 1, BitWriter::kBits / bits);
+        at_once = unsigned(most - most % whole_bytes);
+    }
+};
+
+// As many groups as can be taken so and stored in whole words; returns their number.
+inline size_t gather_words_of_bits(const BitSource& source, BitWriter& result, uint64_t bit, uint64_t bits,
                                    uint64_t step, size_t groups) {
-    if (bits > BitSource::kBits) return 0;
-    const auto at_once = unsigned((BitSource::kBits - bits) / step + 1);
-    const auto taken_bits = unsigned(at_once * bits);
-    const Extractor extract(group_mask(bits, step, at_once));
+    BitWriter writer = result;  // which no store changes
+    const WordOfGroups word(bit, bits, step);
+    if (word.at_once == 0) return 0;
+    const auto taken_bits = unsigned(word.at_once * bits);
+    const unsigned words = BitWriter::kBits / taken_bits;  // for one store
+    const uint64_t bytes = word.at_once * step / 8;        // from word to word
+    const size_t in_a_round = size_t(word.at_once) * words;
+    const Extractor extract(group_mask(bits, step, word.at_once) >> word.phase);
+    const uint8_t* at = source.run + size_t(bit / 8);
+    const uint8_t* const end = source.run + size_t(source.bytes);
     size_t gathered = 0;
     // What is still to be stored must fill the word that the last round stores.
+    while (groups - gathered >= in_a_round && (groups - gathered) * bits >= 64 &&
+           uint64_t(end - at) >= (words - 1) * bytes + kWord) {
+        uint64_t taken = 0;
+        unsigned left = words;
+        do {
+            taken = taken << taken_bits | extract(bytes_reversed(load<uint64_t>(at)));
+            at += bytes;
+        } while (--left > 0);
+        writer.append_word(taken, words * taken_bits);
+        gathered += in_a_round;
+    }
+    for (; groups - gathered >= word.at_once && uint64_t(end - at) >= kWord; at += bytes) {
+        writer.append(extract(bytes_reversed(load<uint64_t>(at))), taken_bits);
+        gathered += word.at_once;
+    }
+    result = writer;
+    return gathered;
+}
+
+// The same for groups that lie otherwise in every word.
+inline size_t gather_words_in_any_phase(const BitSource& source, BitWriter& result, uint64_t bit,
+                                        uint64_t bits, uint64_t step, size_t groups) {
+    if (bits > BitSource::kBits) return 0;
+    BitWriter writer = result;
+    const auto at_once = unsigned((BitSource::kBits - bits) / step + 1);
+    const Extractor extract(group_mask(bits, step, at_once));
+    size_t gathered = 0;
     while (groups - gathered >= at_once && (groups - gathered) * bits >= 64 && source.has_word(bit)) {
-        writer.append_word(extract(source.word(bit)), taken_bits);
+        writer.append_word(extract(source.word(bit)), unsigned(at_once * bits));
         bit += at_once * step;
         gathered += at_once;
     }
+    result = writer;
     return gathered;
+}
+
+// The rest, as many groups at a time as a word from any bit on holds. Stores whole bytes only.
+inline void gather_rest_of_bits(const BitSource& source, BitWriter& writer, uint64_t bit, uint64_t bits,
+                                uint64_t step, size_t groups) {
+    if (bits > BitWriter::kBits) {
+        for (; groups > 0; --groups, bit += step) copy_run(source, writer, bit, bits);
+        return;
+    }
+    while (groups > 0) {
+        const uint64_t in_word = (64 - bit % 8 - bits) / step + 1;
+        const auto at_once = unsigned(smaller(smaller(in_word, BitWriter::kBits / bits), uint64_t(groups)));
+        const Extractor extract(group_mask(bits, step, at_once));
+        writer.append(extract(source.from(bit)), unsigned(at_once * bits));
+        groups -= at_once;
+        bit += at_once * step;
+    }
 }
 
 void gather_bits(uint8_t* destination, uint64_t destination_bit, const uint8_t* source, uint64_t source_bit,
@@ -165,10 +230,15 @@ void gather_bits(uint8_t* destination, uint64_t destination_bit, const uint8_t* 
     const size_t first_stored = size_t(destination_bit / 8);
     const auto stored = size_t((destination_bit + bits * groups + 7) / 8) - first_stored;
     if (apart(destination + first_stored, stored, source, size_t(source_bytes))) {
-        const size_t gathered = gather_words_of_bits(from, writer, source_bit, bits, step, groups);
+        if ((bits | step | source_bit | destination_bit) % 8 == 0) {
+            return gather(destination + first_stored, source + size_t(source_bit / 8), size_t(bits / 8),
+                          ptrdiff_t(step / 8), groups);
+        }
+        auto gathered = gather_words_of_bits(from, writer, source_bit, bits, step, groups);
+        if (gathered == 0) gathered = gather_words_in_any_phase(from, writer, source_bit, bits, step, groups);
         source_bit += gathered * step;
         groups -= gathered;
     }
-    for (; groups > 0; --groups, source_bit += step) copy_run(from, writer, source_bit, bits);
+    gather_rest_of_bits(from, writer, source_bit, bits, step, groups);
     writer.finish();
 }

@@ -24,11 +24,34 @@ struct ByteIsHigh {
     static Mask mask(Bytes seen) { return high_bits(seen); }
 };
 
+// What is found in 1 to kVector - 1 bytes, loaded as two pieces of kPiece bytes that may overlap.
+template <size_t kPiece, class Wanted>
+inline Mask found_in_pieces(Bytes pieces, size_t n, Wanted wanted) {
+    const Mask found = wanted.mask(wanted.seen(pieces));
+    return (found & first_bytes(kPiece)) | (found >> kPiece * kMaskBits & first_bytes(kPiece))
+                                               << (n - kPiece) * kMaskBits;
+}
+
+template <class Wanted>
+inline Mask found_in_part(const uint8_t* data, size_t n, Wanted wanted) {
+    if constexpr (kVectorBytes == 64) {
+        if (n >= 32) return found_in_pieces<32>(load_long_pieces<32>(data, n), n, wanted);
+    }
+    if constexpr (kVectorBytes > 16) {
+        if (n >= 16) return found_in_pieces<16>(load_long_pieces<16>(data, n), n, wanted);
+    }
+    if (n >= 8) return found_in_pieces<8>(load_words_at_ends(data, n), n, wanted);
+    const auto in_word = [](uint64_t pieces) { return Bytes(Lane64{pieces}); };
+    if (n >= 4) return found_in_pieces<4>(in_word(load_pieces<uint32_t>(data, n)), n, wanted);
+    if (n >= 2) return found_in_pieces<2>(in_word(load_pieces<uint16_t>(data, n)), n, wanted);
+    return n == 1 ? wanted.mask(wanted.seen(in_word(data[0]))) & first_bytes(1) : 0;
+}
+
 // A run shorter than a round, all in readable memory.
 template <class Wanted>
 size_t find_in_few(const uint8_t* data, size_t n, Wanted wanted) {
     if (n < kVector) {
-        const Mask found = wanted.mask(wanted.seen(part(data, n))) & first_bytes(n);
+        const Mask found = found_in_part(data, n, wanted);
         return found ? first(found) : kNotFound;
     }
     size_t i = 0;
@@ -84,6 +107,11 @@ bool equal(const uint8_t* first, const uint8_t* second, size_t n) {
     if (n < kVector) return !any(part(first, n) ^ part(second, n));
     const auto differences = [&](size_t i) { return load<Bytes>(first + i) ^ load<Bytes>(second + i); };
     size_t i = 0;
+    if (n > kRound) {
+        // Vectors of the first range are aligned; the ranges are often equally far from that.
+        if (any(differences(0))) return false;
+        i = kVector - uintptr_t(first) % kVector;
+    }
     for (; n - i > kRound; i += kRound) {
         const Bytes front = differences(i) | differences(i + kVector);
         if (any(front | differences(i + 2 * kVector) | differences(i + 3 * kVector))) return false;
@@ -118,8 +146,10 @@ constexpr Ranks ranks() {
 constexpr Ranks kRanks = ranks();
 
 constexpr size_t kMaxProbes = 6;
-constexpr size_t kShortNeedle = 32;   // compared at all places of a vector at once, byte after byte
-constexpr size_t kShortSearch = 512;  // places that are searched before any choice of probes
+constexpr size_t kAlways = 3;        // probes that a comparison looks at without asking what those before say
+constexpr size_t kShortNeedle = 32;  // compared at all places of a vector at once, byte after byte
+constexpr size_t kFewStarts = 32;    // places that words are compared at, one by one
+constexpr size_t kShortSearch = 256;  // places that are searched before any choice of probes
 
 // The byte that differs from that at `offset` and is nearest to the front.
 inline size_t other_byte(const uint8_t* needle, size_t m, size_t offset) {
@@ -246,6 +276,8 @@ struct Search {
     template <size_t kProbes>
     size_t first_round() const;
     size_t places_from(size_t at) const;
+    template <class Load>
+    Mask narrowed(Load bytes_at, size_t at, Mask mask) const;
     size_t compare(size_t at, size_t places);
     size_t compare_whole(size_t at, Mask mask);
 };
@@ -259,12 +291,15 @@ void Search::spread_probes() {
 void Search::choose_rare_probes() {
     const size_t looked_at = smaller<size_t>(m, 256);
     size_t rarest = 0;
+    size_t second = other_byte(needle, m, 0);
     for (size_t i = 1; i < looked_at; ++i) {
-        if (kRanks.of[needle[i]] < kRanks.of[needle[rarest]]) rarest = i;
-    }
-    size_t second = other_byte(needle, m, rarest);
-    for (size_t i = 0; i < looked_at; ++i) {
-        if (kRanks.of[needle[i]] < kRanks.of[needle[second]] && needle[i] != needle[rarest]) second = i;
+        const uint8_t rank = kRanks.of[needle[i]];
+        if (rank < kRanks.of[needle[rarest]]) {
+            second = rarest;
+            rarest = i;
+        } else if (rank < kRanks.of[needle[second]] && needle[i] != needle[rarest]) {
+            second = i;
+        }
     }
     probes[0] = rarest;
     probes[1] = second;
@@ -302,27 +337,52 @@ size_t Search::first_round() const {
     return i;
 }
 
-// Compares all probes, and where they agree the whole needle, at the places from `at` on, and rules those
-// places out. Returns the first at which the needle lies.
-size_t Search::compare(size_t at, size_t places) {
-    const auto agreeing_here = [&](const auto& bytes_at, size_t i) {
-        Mask mask = kEveryByte;
-        const auto narrow = [&](size_t offset) {
-            mask &= mask_of(marked_equal(bytes_at(haystack + i + offset), all(needle[offset])));
-        };
-        for (size_t k = 0; k < kMaxProbes && mask != 0; ++k) narrow(probes[k]);
-        for (size_t k = 0; m <= kShortNeedle && k < m && mask != 0; ++k) narrow(k);
-        return mask;
+// Of the places of a mask, whose first bit stands for `at`, those that may be the needle's: all probes and
+// the first and the last word agree, and of short needles every byte.
+template <class Load>
+Mask Search::narrowed(Load bytes_at, size_t at, Mask mask) const {
+    constexpr unsigned kFew = 4;
+    if (m >= kWord) {
+        Mask kept = 0;
+        const auto front = load<uint64_t>(needle);
+        const auto back = load<uint64_t>(needle + m - kWord);
+        for (unsigned looked_at = 0; mask && looked_at < kFew; ++looked_at, mask = without_first(mask)) {
+            const uint8_t* const place = haystack + at + first(mask);
+            if (load<uint64_t>(place) == front && load<uint64_t>(place + m - kWord) == back)
+                kept |= mask & -mask;
+        }
+        if (mask == 0 && m <= 2 * kWord) return kept;
+        mask |= kept;
+    }
+    const auto narrow = [&](size_t offset) {
+        mask &= mask_of(marked_equal(bytes_at(haystack + at + offset), all(needle[offset])));
     };
+    for (size_t k = kAlways; k < kMaxProbes && mask != 0; ++k) narrow(probes[k]);
+    for (size_t k = 0; m <= kShortNeedle && k < m && mask != 0; ++k) narrow(k);
+    return mask;
+}
+
+// Compares the needle at the places from `at` on, and rules those places out. Returns the first at which it
+// lies.
+size_t Search::compare(size_t at, size_t places) {
+    const uint8_t* rows[kAlways];
+    Bytes wanted[kAlways];
+    for (size_t k = 0; k < kAlways; ++k) {
+        rows[k] = haystack + probes[k];
+        wanted[k] = all(needle[probes[k]]);
+    }
     const size_t end = at + places;
     size_t found = kNotFound;
     if (places < kVector) {
         const auto some = [&](const uint8_t* bytes) { return part(bytes, places); };
-        found = compare_whole(at, agreeing_here(some, at) & first_bytes(places));
+        Mask mask = first_bytes(places);
+        for (size_t k = 0; k < kAlways; ++k) mask &= mask_of(marked_equal(some(rows[k] + at), wanted[k]));
+        if (mask) found = compare_whole(at, narrowed(some, at, mask));
     } else {
         for (size_t i = at; found == kNotFound && i < end; i += kVector) {
             i = smaller(i, end - kVector);
-            found = compare_whole(i, agreeing_here(load<Bytes>, i));
+            const Mask mask = mask_of(agreeing(rows, wanted, i));
+            if (mask) found = compare_whole(i, narrowed(load<Bytes>, i, mask));
         }
     }
     next = larger(next, end);
@@ -355,10 +415,30 @@ size_t Search::next_round() const {
     return next;
 }
 
+// One place after the other, by the needle's first and last word, which are all of it.
+template <class Word>
+size_t find_by_words(const uint8_t* haystack, size_t starts, const uint8_t* needle, size_t m) {
+    const size_t back = m - sizeof(Word);
+    const auto first_word = load<Word>(needle);
+    const auto last_word = load<Word>(needle + back);
+    for (size_t i = 0; i < starts; ++i) {
+        if (load<Word>(haystack + i) == first_word && load<Word>(haystack + i + back) == last_word) return i;
+    }
+    return kNotFound;
+}
+
+size_t find_among_few(const uint8_t* haystack, size_t starts, const uint8_t* needle, size_t m) {
+    if (m >= 8) return find_by_words<uint64_t>(haystack, starts, needle, m);
+    if (m >= 4) return find_by_words<uint32_t>(haystack, starts, needle, m);
+    return find_by_words<uint16_t>(haystack, starts, needle, m);
+}
+
 size_t find(const uint8_t* haystack, size_t n, const uint8_t* needle, size_t m) {
     if (m > n) return kNotFound;
     if (m == 1) return find_byte(haystack, n, needle[0]);
-    Search search = {haystack, needle, m, n - m + 1, {}};
+    const size_t starts = n - m + 1;
+    if (starts <= kFewStarts && m <= 2 * kWord) return find_among_few(haystack, starts, needle, m);
+    Search search = {haystack, needle, m, starts, {}};
     search.spread_probes();
     size_t rounds = 0;  // in which the active probes agreed somewhere,
     size_t since = 0;   // from here on
