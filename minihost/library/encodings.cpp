@@ -96,12 +96,12 @@ std::optional<std::string> convert_text(std::string_view bytes, uint32_t from, u
     const Encoding* source = find_encoding(from);
     const Encoding* target = find_encoding(to);
     if (!source || !target) return std::nullopt;
+    // A byte becomes 4 at the most, and some encodings change their state before and after.
+    std::string result(bytes.size() * 4 + 16, '\0');
     const iconv_t converter = iconv_open(target->iconv_name, source->iconv_name);
     // NOLINTNEXTLINE(performance-no-int-to-ptr): the failure value is an integer in a pointer's place
     if (converter == reinterpret_cast<iconv_t>(intptr_t{-1})) return std::nullopt;
 
-    // A byte becomes 4 at the most, and some encodings change their state before and after.
-    std::string result(bytes.size() * 4 + 16, '\0');
     char* in = const_cast<char*>(bytes.data());
     char* out = result.data();
     size_t in_left = bytes.size();

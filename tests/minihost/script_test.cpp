@@ -190,6 +190,23 @@ TEST_F(Script, KeepsLinksAndPermissions) {
     EXPECT_EQ(fs::status("old").permissions(), fs::perms::owner_all);
 }
 
+#ifdef MINIHOST_SOUND
+TEST_F(Script, ReadsTheSamplesThatItWrote) {
+    EXPECT_EQ(run("Dim s As MemoryBlock = BlockFromHex(\"01 00 FF 7F 00 80 FE FF\")\n"
+                  "WriteSound(\"s.wav\", s, 2, 8000)\n"
+                  "Print SoundChannels(\"s.wav\"); SoundRate(\"s.wav\"); "
+                  "ReadSound(\"s.wav\").BytesEqualZOR(0, 8, s, 0)\n"
+                  "Print SoundRate(\"" SOURCE_DIR "/examples/data/chimes.au\")\n"
+                  "WriteSound(\"s.wav\", s, 3, 8000)"),
+              "28000True\n11025\n"
+              "s:5:1: IOException: cannot write s.wav: 8 bytes are no 16-bit samples of 3 channels, 8000 a "
+              "second\n");
+    EXPECT_EQ(run("Print ReadFile(\"s.wav\").Size; ReadSound(\"s.wav\").Size"), "528\n");
+    EXPECT_EQ(run("WriteFile(\"s\", New MemoryBlock(9)) : Print ReadSound(\"s\")"),
+              "s:1:44: IOException: cannot read s: it is no sound\n");
+}
+#endif
+
 TEST(Picture, GivesBackWhatItHoldsWhenMemoryRunsOut) {
     class Limited : public std::pmr::memory_resource {
      public:

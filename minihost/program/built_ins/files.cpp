@@ -6,6 +6,7 @@
 #include "minihost/program/built_ins/table.h"
 #include "minihost/program/names.h"
 #include "minihost/program/picture.h"
+#include "minihost/program/sound.h"
 
 namespace minihost {
 namespace {
@@ -114,6 +115,26 @@ Value read_picture(Runtime& runtime, const ObjectRef&, Arguments arguments) {
     return block;
 }
 
+Sound sound_in(Runtime& runtime, const Value& path) {
+    auto sound = sound_of(InputFile(path_argument(runtime, path)).read_rest());
+    if (!sound) throw FileError("cannot read " + printable(show(runtime, path)) + ": it is no sound");
+    return std::move(*sound);
+}
+
+Value sound_channels(Runtime& runtime, const ObjectRef&, Arguments arguments) {
+    return sound_in(runtime, arguments[0]).channels;
+}
+
+Value sound_rate(Runtime& runtime, const ObjectRef&, Arguments arguments) {
+    return sound_in(runtime, arguments[0]).rate;
+}
+
+Value read_sound(Runtime& runtime, const ObjectRef&, Arguments arguments) {
+    ObjectRef block = runtime.host.new_block(sound_in(runtime, arguments[0]).samples);
+    if (!block) raise(runtime, "OutOfMemoryException", "there is no memory for the sound");
+    return block;
+}
+
 // The bytes of a block that is to be written.
 std::string_view contents(Runtime& runtime, const std::filesystem::path& path, const Value& value) {
     const ObjectRef& block = std::get<ObjectRef>(value);
@@ -155,6 +176,22 @@ Value write_picture(Runtime& runtime, const ObjectRef&, Arguments arguments) {
     return {};
 }
 
+Value write_sound(Runtime& runtime, const ObjectRef&, Arguments arguments) {
+    const fs::path path = path_argument(runtime, arguments[0]);
+    const std::string_view samples = contents(runtime, path, arguments[1]);
+    const int32_t channels = integer(arguments[2]);
+    const int32_t rate = integer(arguments[3]);
+    const bool whole = channels > 0 && std::ssize(samples) % (int64_t(channels) * 2) == 0;
+    const auto file = whole ? wav(samples, channels, rate) : std::nullopt;
+    if (!file) {
+        throw FileError("cannot write " + printable(path.string()) + ": " + std::to_string(samples.size()) +
+                        " bytes are no 16-bit samples of " + std::to_string(channels) + " channels, " +
+                        std::to_string(rate) + " a second");
+    }
+    write_file(path, *file);
+    return {};
+}
+
 Value folder_item(Runtime& runtime, const ObjectRef&, Arguments arguments) {
     return runtime.host.new_folder_item(path_argument(runtime, arguments[0]));
 }
@@ -191,6 +228,11 @@ Rows file_functions() {
         {"ReadPicture(path as String, samples as Integer) as MemoryBlock", read_picture},
         {"PictureWidth(path as String) as Integer", picture_width},
         {"PictureHeight(path as String) as Integer", picture_height},
+        {"ReadSound(path as String) as MemoryBlock", read_sound},
+        {"SoundChannels(path as String) as Integer", sound_channels},
+        {"SoundRate(path as String) as Integer", sound_rate},
+        {"WriteSound(path as String, samples as MemoryBlock, channels as Integer, rate as Integer)",
+         write_sound},
         {"GetFolderItem(path as String) as FolderItem", folder_item},
     };
 }
