@@ -1,6 +1,7 @@
 // A bundle that does what no bundle may do. What its entry point does is said by the environment variable
 // HOSTILE, and what its members do by their names.
 #include <cstdlib>
+#include <deque>
 #include <stdexcept>
 #include <string_view>
 
@@ -15,7 +16,10 @@ Signature* operation(const char* key) {
     return reinterpret_cast<Signature*>(resolver(key));
 }
 
-void crash() { *static_cast<volatile int*>(nullptr) = 1; }
+void crash() {
+    volatile int* volatile nowhere = nullptr;  // the compiler is not to know
+    *nowhere = 1;
+}
 
 int overflow(int depth) {
     volatile char frame[4096] = {};
@@ -48,18 +52,20 @@ void extend_unknown() {
 }
 
 void add_global(const char* declaration, void (*function)()) {
-    auto* record = new REALmethodDefinition{function, nullptr, declaration, 4, nullptr, 0};
-    operation<void(REALmethodDefinition*)>("PluginRegisterMethod")(record);
+    static std::deque<REALmethodDefinition> records;
+    records.push_back({function, nullptr, declaration, 4, nullptr, 0});
+    operation<void(REALmethodDefinition*)>("PluginRegisterMethod")(&records.back());
 }
 
 void add_class(const char* name, void (*constructor)(REALobject), void (*destructor)(REALobject)) {
-    auto* record = new REALclassDefinition{};
-    record->version = 12;
-    record->name = name;
-    record->instanceDataSize = 8;
-    record->constructor = constructor;
-    record->destructor = destructor;
-    operation<void(REALclassDefinition*)>("PluginRegisterClass")(record);
+    static std::deque<REALclassDefinition> records;
+    REALclassDefinition& record = records.emplace_back();
+    record.version = 12;
+    record.name = name;
+    record.instanceDataSize = 8;
+    record.constructor = constructor;
+    record.destructor = destructor;
+    operation<void(REALclassDefinition*)>("PluginRegisterClass")(&record);
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <regex>
 #include <sstream>
 
 #include "minihost/library/crashes.h"
@@ -182,6 +181,14 @@ TEST(HostWithoutMemory, OperationsAnswerNilOrNothing) {
 }
 
 // Addresses differ from run to run, and are the only hexadecimal numbers with a small x.
+std::string without_addresses(std::string text) {
+    for (size_t at = 0; (at = text.find("0x", at)) != text.npos;) {
+        const size_t end = text.find_first_not_of("0123456789abcdef", at + 2);
+        text.replace(at, end - at, "ADDRESS");
+    }
+    return text;
+}
+
 TEST(HostTrace, NamesObjectsStringsEncodingsAndRecords) {
     std::ostringstream out;
     Options options;
@@ -205,7 +212,7 @@ TEST(HostTrace, NamesObjectsStringsEncodingsAndRecords) {
     encode(text.get(), kTextEncodingUnknown);
     operation<double()>("REALGetRBVersion")();
     EXPECT_EQ(host.call_global("RegisterGlobals", std::vector<Value>{1}), Value(1));
-    EXPECT_EQ(std::regex_replace(out.str(), std::regex("0x[0-9a-f]+"), "ADDRESS"),
+    EXPECT_EQ(without_addresses(out.str()),
               "trace: PluginNewInstance(\"IOException\") = IOException#1\n"
               "trace: REALLockObject(IOException#1)\n"
               "trace: REALUnlockObject(IOException#1)\n"
