@@ -10,3 +10,7 @@ if(MEMORYBLOCKZOR_SANITIZE)
     -fsanitize=address,undefined,float-cast-overflow -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(project_flags INTERFACE -fsanitize=address,undefined)
 endif()
+if(MEMORYBLOCKZOR_FUZZ)
+  # The host calls functions by types of its own.
+  target_compile_options(project_flags INTERFACE -fsanitize=fuzzer-no-link -fno-sanitize=function)
+endif()

@@ -1,0 +1,81 @@
+// A soak: calls of all members without end, as the fuzzer makes them, from a seed. Every call is held against
+// the model; memory must stay flat, references balanced, and the calls as fast at the end as at the
+// beginning.
+//
+//     soak BUNDLE SECONDS [SEED]
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <random>
+
+#include "fuzzers/play.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr size_t kInput = 600;  // bytes
+
+// Of memory that the program holds, in KiB.
+long resident() {
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);) {
+        if (line.starts_with("VmRSS:")) return std::strtol(line.c_str() + 6, nullptr, 10);
+    }
+    return 0;
+}
+
+double seconds_since(Clock::time_point start) {
+    return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+struct Part {
+    uint64_t calls;
+    double seconds;
+    long memory;
+    double rate() const { return double(calls) / seconds; }
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc < 3) {
+        std::fprintf(stderr, "soak: takes a bundle, a number of seconds, and a seed if you like\n");
+        return 2;
+    }
+    const double seconds = std::atof(argv[2]);
+    const unsigned seed = argc > 3 ? unsigned(std::strtoul(argv[3], nullptr, 10)) : 1;
+    fuzz::World world(argv[1]);
+    std::minstd_rand random(seed);
+    std::vector<uint8_t> input(kInput);
+
+    constexpr size_t kParts = 10;
+    std::vector<Part> parts;
+    const auto start = Clock::now();
+    while (parts.size() < kParts) {
+        const auto part_start = Clock::now();
+        const uint64_t before = world.calls();
+        while (seconds_since(part_start) < seconds / kParts) {
+            for (uint8_t& byte : input) byte = uint8_t(random() >> 8);
+            if (const std::string wrong = fuzz::play(world, input); !wrong.empty()) {
+                std::printf("soak: seed %u, after %llu calls: %s\n", seed,
+                            static_cast<unsigned long long>(world.calls()), wrong.c_str());
+                return 1;
+            }
+        }
+        parts.push_back({world.calls() - before, seconds_since(part_start), resident()});
+        std::printf("soak: %5.0f s, %llu calls, %.0f a second, %ld KiB\n", seconds_since(start),
+                    static_cast<unsigned long long>(world.calls()), parts.back().rate(), parts.back().memory);
+        std::fflush(stdout);
+    }
+    // The first part fills the host's own stores.
+    const long growth = parts.back().memory - parts[1].memory;
+    if (growth > 1024) {
+        std::printf("soak: memory grew by %ld KiB\n", growth);
+        return 1;
+    }
+    std::printf("soak: seed %u, %llu calls at every level, all as they should be; memory grew by %ld KiB\n",
+                seed, static_cast<unsigned long long>(world.calls()), growth);
+    return 0;
+}
