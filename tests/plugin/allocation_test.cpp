@@ -1,4 +1,4 @@
-// Each allocation of the bundle fails in turn: what then is missing, and that nothing else is.
+// Each allocation of the bundle at its start fails in turn: what then is missing, and that nothing else is.
 #include <dlfcn.h>
 
 #include <cstdlib>
@@ -86,35 +86,6 @@ TEST_F(AllocationTest, OlderRecordsLackWhatCannotBeAllocated) {
         EXPECT_EQ(host().registered_globals().size(), 1u);
     }
     EXPECT_FALSE(failing(7, [&] { start({.version = 2011.0}); }));
-}
-
-TEST_F(AllocationTest, LargeBlocksSayThatThereIsNoMemory) {
-    start();
-    const ObjectRef large = host().new_instance("MemoryBlockZOR");
-    ASSERT_TRUE(call_for<bool>(large, "Create", {int64_t{8}}));
-    EXPECT_TRUE(failing(1, [&] { EXPECT_FALSE(call_for<bool>(large, "Resize", {int64_t{16}})); }));
-    EXPECT_EQ(get(large, "Size"), Value(int64_t{8}));
-    EXPECT_TRUE(failing(1, [&] { EXPECT_FALSE(call_for<bool>(large, "Create", {int64_t{16}})); }));
-    EXPECT_EQ(get(large, "Size"), Value(int64_t{0}));
-    EXPECT_EQ(get(large, "Memory"), Value(ObjectRef()));
-}
-
-TEST_F(AllocationTest, StringsWithoutACopyHaveNoBytes) {
-    // The copy of the fallback, then the terminated one of an old host's record.
-    for (const Options& options : {Options{.without = {"PluginGetStringData", "PluginDisposeStringData"}},
-                                   Options{.version = 2011.0}}) {
-        start(options);
-        const ObjectRef memory = block("abcdef");
-        EXPECT_TRUE(failing(1, [&] { assign(memory, "OSTypeZOR", {0}, text("wxyz", kUtf8)); }));
-        EXPECT_EQ(bytes(memory), hex("20 20 20 20 65 66"));
-    }
-    start({.without = {"PluginGetStringData", "PluginDisposeStringData"}});
-    const ObjectRef memory = block("abcdef");
-    EXPECT_TRUE(failing(1, [&] { call(memory, "SetStringZOR", {text("xy"), 0}); }));
-    EXPECT_TRUE(failing(1, [&] {
-        EXPECT_EQ(call_for<int32_t>(memory, "FindStringZOR", {0, 0, text("b")}), -2);
-    }));
-    EXPECT_EQ(bytes(memory), hex("61 62 63 64 65 66"));
 }
 
 }  // namespace

@@ -187,13 +187,6 @@ TEST_F(RegistrationTest, AMissingRegistrationLeavesTheOthers) {
     EXPECT_EQ(host().registered_globals().size(), 0u);
 }
 
-TEST_F(RegistrationTest, AKeyThatAnswersLateIsAskedAgain) {
-    start({.late = {"memoryBlockGetSize"}});
-    const ObjectRef memory = block("abcdef");
-    EXPECT_EQ(get(memory, "BytesZOR"), minihost::Value(0));
-    EXPECT_EQ(get(memory, "BytesZOR"), minihost::Value(6));
-}
-
 // Without minihost: the entry point and a resolver, nothing else.
 std::map<std::string, int> requests;
 std::vector<std::string> order;
