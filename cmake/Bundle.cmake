@@ -23,7 +23,7 @@ function(link_elf_bundle target)
   set_target_properties(${target} PROPERTIES LINK_DEPENDS ${exports})
   target_link_options(${target} PRIVATE
     -Wl,--version-script=${exports} -Wl,--exclude-libs,ALL -Wl,-z,relro,-z,now,-z,noexecstack -Wl,--gc-sections)
-  if(MEMORYBLOCKZOR_SANITIZE)
+  if(MEMORYBLOCKZOR_SANITIZE OR MEMORYBLOCKZOR_COVERAGE)
     target_link_libraries(${target} PRIVATE m)
   else()
     target_link_options(${target} PRIVATE -nostdlib -Wl,--no-undefined)
