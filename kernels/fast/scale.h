@@ -96,23 +96,46 @@ inline Bytes multiplied_by_fraction(Bytes x, const Multiplier& multiplier) {
     return Bytes(even | odd);
 }
 
+template <bool kBelowOne>
+inline Bytes product(Bytes x, const Multiplier& multiplier) {
+    if constexpr (kBelowOne)
+        return multiplied_by_fraction(x, multiplier);
+    else
+        return multiplied(x, multiplier);
+}
+
+// kRounded: at least as many as are rounded down, or 0 for any number.
+template <bool kBelowOne, size_t kRounded>
+void scale_rounded(uint8_t* samples, size_t n, const Multiplier& multiplier) {
+    Bytes rounded[larger<size_t>(kRounded, 1)];
+    for (size_t i = 0; i < kRounded; ++i) {
+        rounded[i] = all(multiplier.rounded_down[smaller(i, multiplier.rounded_down_count - 1)]);
+    }
+    change_bytes(samples, n, 1, [&](Bytes x) {
+        Bytes less = {};
+        for (size_t i = 0; i < kRounded; ++i) less |= Bytes(x == rounded[i]);
+        for (size_t i = 0; kRounded == 0 && i < multiplier.rounded_down_count; ++i) {
+            less |= Bytes(x == all(multiplier.rounded_down[i]));
+        }
+        return product<kBelowOne>(x, multiplier) + less;
+    });
+}
+
+template <bool kBelowOne>
+void scale_by(uint8_t* samples, size_t n, const Multiplier& multiplier) {
+    if (multiplier.rounded_down_count == 0) {
+        return change_bytes(samples, n, 1, [&](Bytes x) { return product<kBelowOne>(x, multiplier); });
+    }
+    if (multiplier.rounded_down_count <= 4) return scale_rounded<kBelowOne, 4>(samples, n, multiplier);
+    scale_rounded<kBelowOne, 0>(samples, n, multiplier);
+}
+
 void scale_uint8(uint8_t* samples, size_t n, double factor) {
     if (!(factor >= 0)) return;
     factor = smaller(factor, 255.0);
     constexpr size_t kFew = 128;  // finding the multiplier takes as long
     if (n <= kFew) return scale_few_uint8(samples, n, factor);
     const Multiplier multiplier = find_multiplier(factor);
-    if (multiplier.rounded_down_count > 0) {
-        change_bytes(samples, n, 1, [&](Bytes x) {
-            Bytes results = multiplied(x, multiplier);
-            for (size_t i = 0; i < multiplier.rounded_down_count; ++i) {
-                results += Bytes(x == all(multiplier.rounded_down[i]));
-            }
-            return results;
-        });
-    } else if (multiplier.whole > 0) {
-        change_bytes(samples, n, 1, [&](Bytes x) { return multiplied(x, multiplier); });
-    } else {
-        change_bytes(samples, n, 1, [&](Bytes x) { return multiplied_by_fraction(x, multiplier); });
-    }
+    if (multiplier.whole > 0) return scale_by<false>(samples, n, multiplier);
+    scale_by<true>(samples, n, multiplier);
 }
