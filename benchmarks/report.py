@@ -200,7 +200,15 @@ def goals_section(cases):
     for rival, mean in rival_means(cases).items():
         lines.append(f"- FindBytesZOR in the mean: {mean:.2f} times {rival}, goal more than 1: "
                      + ("met" if mean > 1 else "**not met**"))
-    lines += [f"- {case.title}, {case.place}: {goal}" for case, goal in unmet]
+    if not unmet:
+        return lines
+    lines += ["", "| Not met | Goal | Sizes, with what was reached |", "|---|---|---|"]
+    rows = {}
+    for case, goal in unmet:
+        rows.setdefault((case.title, goal.text), []).append(f"{case.place} {goal.figure}")
+    lines += [f"| {title} | {text} | {', '.join(places)} |" for (title, text), places in rows.items()]
+    with open(os.path.join(os.path.dirname(__file__), "unmet.md"), encoding="utf-8") as file:
+        lines += ["", file.read().strip()]
     return lines
 
 
@@ -248,9 +256,9 @@ def chart(cases, title, file):
                 limits[case.size] = max(limits.get(case.size, 0), case.speed(case.limit))
     if limits:
         line(sorted(limits.items()), "lw 1 dt 3 lc rgb 'black'", "limit")
-    ticks = ", ".join(f"'{size_text(4 ** k)}' {4 ** k}" for k in range(2, 15))
+    ticks = ", ".join(f"'{size_text(4 ** k)}' {4 ** k}" for k in range(2, 15, 2))
     script = "\n".join(blocks) + f"""
-set terminal svg noenhanced size 900,480 font 'sans-serif,13' background 'white'
+set terminal svg noenhanced size 900,560 font 'sans-serif,13' background 'white'
 set output '{file}'
 set title '{title}'
 set logscale x 2
@@ -258,7 +266,7 @@ set logscale y 10
 set xtics ({ticks})
 set ylabel 'GB/s'
 set grid lc rgb '#dddddd'
-set key outside right top
+set key below
 plot {', '.join(plots)}
 """
     subprocess.run(["gnuplot"], input=script, text=True, check=True)
