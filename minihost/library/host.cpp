@@ -48,7 +48,7 @@ void Host::State::load(const std::string& bundle, const std::function<void()>& e
         State& state_;
     };
     bundles.push_back(bundle);
-    load_error.clear();
+    load_errors.clear();
     try {
         const Loading guard(*this);
         enter({loading, "", &kEntryPoint}, entry);
@@ -56,10 +56,13 @@ void Host::State::load(const std::string& bundle, const std::function<void()>& e
     } catch (const BundleError& error) {
         throw LoadError(error.what());
     }
-    if (!load_error.empty()) throw LoadError(bundle + ": " + load_error);
+    if (!load_errors.empty()) throw LoadError(bundle + ": " + load_errors.front());
 }
 
+const std::vector<std::string>& Host::load_errors() const { return state_->load_errors; }
+
 const Options& Host::options() const { return state_->options; }
+const std::set<std::string, std::less<>>& Host::requested_keys() const { return state_->requested; }
 std::optional<int32_t> Host::announced_version() const { return state_->announced; }
 std::span<REALclassDefinition* const> Host::registered_classes() const { return state_->class_records; }
 std::span<REALmethodDefinition* const> Host::registered_globals() const { return state_->global_records; }

@@ -128,10 +128,14 @@ class Host {
     // Loads a bundle and calls its entry point. Throws LoadError for a file that is no bundle, lacks
     // the entry point, or registers records that the host cannot read.
     void load(const std::filesystem::path& bundle);
+    // All records and declarations of the last bundle that could not be read; LoadError tells the first.
+    const std::vector<std::string>& load_errors() const;
 
     // What there is to call
 
     const Options& options() const;
+    // The keys that bundles have asked for so far, known or not.
+    const std::set<std::string, std::less<>>& requested_keys() const;
     // The word that the bundle announced, or nothing if it announced none.
     std::optional<int32_t> announced_version() const;
     // The class records and the global methods' records as the bundle handed them over, in order.

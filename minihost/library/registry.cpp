@@ -20,6 +20,11 @@ struct RecordError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+// Members that cannot be read, and why.
+struct UnreadableMembers {
+    std::vector<std::string> reasons;
+};
+
 void require(bool condition, const std::string& what) {
     if (!condition) throw RecordError(what);
 }
@@ -156,32 +161,46 @@ const std::string* Host::State::registering() const {
 
 // While a bundle is loaded, its declarations may name classes that come later.
 void Host::State::read(const char* subject, const std::function<void()>& read_record) {
+    std::vector<std::string>& errors = loading ? load_errors : faults;
+    const auto note = [&](const std::string& reason) {
+        errors.push_back(std::string(subject) + ": " + reason);
+    };
     try {
         read_record();
         if (!loading) resolve_types();
-        return;
     } catch (const std::bad_alloc&) {
-        if (load_error.empty()) load_error = "no memory for the records";
+        errors.emplace_back("no memory for the records");
+    } catch (const UnreadableMembers& members) {
+        std::ranges::for_each(members.reasons, note);
     } catch (const std::exception& error) {
-        if (load_error.empty()) load_error = std::string(subject) + ": " + error.what();
+        note(error.what());
     }
-    if (!loading) faults.push_back(std::exchange(load_error, ""));
 }
 
 // All of the members, or none.
 void Host::State::read_members(Class& type, const REALclassDefinition& record) {
     const bool older = record.version == kOlderLayout;
     Class read;
+    UnreadableMembers unreadable;
+    const auto add = [&](auto& members, const auto& read_member) {
+        try {
+            members.push_back(read_member());
+            members.back().bundle = registering();
+        } catch (const RecordError& error) {
+            unreadable.reasons.emplace_back(error.what());
+        } catch (const std::invalid_argument& error) {
+            unreadable.reasons.emplace_back(error.what());
+        }
+    };
     for (const auto* method : records_of<REALmethodDefinition>(
              record.methods, record.methodCount, older ? kOlderMethodSize : sizeof(REALmethodDefinition))) {
-        read.methods.push_back(method_of(*method, type.name));
-        read.methods.back().bundle = registering();
+        add(read.methods, [&] { return method_of(*method, type.name); });
     }
     for (const auto* property : records_of<REALproperty>(record.properties, record.propertyCount,
                                                          older ? kOlderPropertySize : sizeof(REALproperty))) {
-        read.properties.push_back(property_of(*property, type.name));
-        read.properties.back().bundle = registering();
+        add(read.properties, [&] { return property_of(*property, type.name); });
     }
+    if (!unreadable.reasons.empty()) throw std::move(unreadable);
     std::ranges::move(read.methods, std::back_inserter(type.methods));
     std::ranges::move(read.properties, std::back_inserter(type.properties));
 }

@@ -90,7 +90,7 @@ class Host::State {
     void fault(const char* by, const std::string& what);
     std::optional<std::string> text_of(const String& string, uint32_t encoding) const;
 
-    // Classes and members (registry.cpp). What cannot be read is put down in `load_error`, and as a fault
+    // Classes and members (registry.cpp). What cannot be read is put down in `load_errors`, and as a fault
     // when no bundle is being loaded.
     Class* find_class(std::string_view name);
     void register_class(REALclassDefinition* record);
@@ -128,7 +128,7 @@ class Host::State {
     const Class* memory_block = nullptr;
     const Class* folder_item = nullptr;
     const Class* exception = nullptr;
-    std::string load_error;  // the first one
+    std::vector<std::string> load_errors;
     std::set<std::string, std::less<>> requested;
 
     std::unordered_map<const void*, Object> objects;

@@ -28,30 +28,6 @@ size_t character_length(std::string_view text) {
     return valid ? length : 0;
 }
 
-std::string json_string(std::string_view text) {
-    std::string result;
-    result.push_back('"');
-    while (!text.empty()) {
-        const size_t length = character_length(text);
-        const char c = text[0];
-        if (length == 0) {
-            result.append("\\ufffd");
-        } else if (c == '"' || c == '\\') {
-            result.push_back('\\');
-            result.push_back(c);
-        } else if (uint8_t(c) < ' ') {
-            char code[8];
-            std::snprintf(code, sizeof code, "\\u%04x", unsigned(c));
-            result.append(code);
-        } else {
-            result.append(text.substr(0, length));
-        }
-        text.remove_prefix(length == 0 ? 1 : length);
-    }
-    result.push_back('"');
-    return result;
-}
-
 std::string hex(const Host& host, REALobject block) {
     const int32_t size = host.block_size(block);
     const auto* bytes = static_cast<const uint8_t*>(host.block_data(block));
@@ -76,6 +52,30 @@ std::string json_of(Runtime& runtime, const Value& value) {
 }
 
 }  // namespace
+
+std::string json_string(std::string_view text) {
+    std::string result;
+    result.push_back('"');
+    while (!text.empty()) {
+        const size_t length = character_length(text);
+        const char c = text[0];
+        if (length == 0) {
+            result.append("\\ufffd");
+        } else if (c == '"' || c == '\\') {
+            result.push_back('\\');
+            result.push_back(c);
+        } else if (uint8_t(c) < ' ') {
+            char code[8];
+            std::snprintf(code, sizeof code, "\\u%04x", unsigned(c));
+            result.append(code);
+        } else {
+            result.append(text.substr(0, length));
+        }
+        text.remove_prefix(length == 0 ? 1 : length);
+    }
+    result.push_back('"');
+    return result;
+}
 
 std::string json(Runtime& runtime, std::span<const Value> values) {
     if (values.size() == 1) return json_of(runtime, values[0]);

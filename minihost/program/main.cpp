@@ -12,6 +12,7 @@
 #include <iostream>
 #include <optional>
 
+#include "minihost/check/command.h"
 #include "minihost/library/crashes.h"
 #include "minihost/library/trace.h"
 #include "minihost/program/files.h"
@@ -95,7 +96,8 @@ minihost::HexDump::Style dump_style() {
 
 class Formatter : public CLI::Formatter {
     std::string make_usage(const CLI::App*, std::string) const override {
-        return "Usage: minihost [OPTIONS] [SCRIPT [ARGUMENTS...]]\n";
+        return "Usage: minihost [OPTIONS] [SCRIPT [ARGUMENTS...]]\n"
+               "       minihost check [OPTIONS] BUNDLE\n";
     }
     std::string make_footer(const CLI::App*) const override {
         std::string text =
@@ -210,6 +212,8 @@ int run_host(const CommandLine& line) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    if (argc > 1 && std::string_view(argv[1]) == "check")
+        return minihost::check::run_command(argc - 1, argv + 1);
     try {
         const auto line = parse_command_line(argc, argv);
         return line ? run_host(*line) : EXIT_SUCCESS;
