@@ -16,11 +16,13 @@ bool fails() { return until_failure > 0 && --until_failure == 0; }
 
 extern "C" {
 
+// NOLINTBEGIN(bugprone-reserved-identifier): the linker gives these names
 void* __real_calloc(size_t count, size_t size);
 void* __real_realloc(void* memory, size_t size);
 
 void* __wrap_calloc(size_t count, size_t size) { return fails() ? nullptr : __real_calloc(count, size); }
 void* __wrap_realloc(void* memory, size_t size) { return fails() ? nullptr : __real_realloc(memory, size); }
+// NOLINTEND(bugprone-reserved-identifier)
 
 __attribute__((visibility("default"))) void fail_allocation(int which) { until_failure = which; }
 

@@ -9,9 +9,13 @@
 namespace fuzz {
 namespace {
 
-// Past the sanitizers: they hold some of the gaps between variables to be untouchable.
-void copy(uint8_t* to, const uint8_t* from, size_t count) {
-    asm volatile("rep movsb" : "+D"(to), "+S"(from), "+c"(count) : : "memory");
+// Past the sanitizer, which holds the gaps between variables to be untouchable. The empty instruction keeps
+// the compiler from calling a function that the sanitizer watches.
+__attribute__((no_sanitize("address"))) void copy(uint8_t* to, const uint8_t* from, size_t count) {
+    for (size_t i = 0; i < count; ++i) {
+        to[i] = from[i];
+        asm volatile("");
+    }
 }
 
 struct Search {

@@ -23,7 +23,7 @@ class HexDump {
     // As many bytes in a line as so many columns hold: 8, 16 or 32.
     static size_t line_for(int columns);
 
-    explicit HexDump(Style style) : style_(style) {}
+    explicit HexDump(const Style& style) : style_(style) {}
 
     // Lines of offset, hexadecimal, text. Of a long block the middle is left out. With colour, what has
     // changed since the block was last shown stands out; `block` identifies it, and newer ones have larger

@@ -76,7 +76,7 @@ class LibeditLineEditor : public LineEditor {
         const std::unique_ptr<char, decltype(&std::free)> line(readline(prompt), std::free);
         if (!line) return std::nullopt;
         if (*line) keep(line.get());
-        return line.get();
+        return std::string(line.get());
     }
 
  private:

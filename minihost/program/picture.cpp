@@ -66,7 +66,7 @@ namespace minihost {
 std::string png(const uint8_t* samples, int width, int height, int samples_per_pixel,
                 std::pmr::memory_resource& source) {
     Memory memory(source);
-    memory_of_picture = &memory;
+    memory_of_picture = &memory;  // cppcheck-suppress danglingLifetime; only read by the call below
     std::string file;
     const auto append = [](void* context, void* bytes, int count) {
         static_cast<std::string*>(context)->append(static_cast<const char*>(bytes), size_t(count));

@@ -32,13 +32,8 @@ struct Running {
 
 }  // namespace
 
-Session::Session(Host& host, std::ostream& out, Settings settings)
-    : runtime_{host,
-               out,
-               std::move(settings.arguments),
-               std::move(settings.script_folder),
-               HexDump(settings.dump),
-               settings.json},
+Session::Session(Host& host, std::ostream& out, const Settings& settings)
+    : runtime_{host, out, settings.arguments, settings.script_folder, HexDump(settings.dump), settings.json},
       interactive_(settings.interactive) {}
 
 Place Session::running() {

@@ -23,7 +23,7 @@ struct Settings {
 
 class Session {
  public:
-    Session(Host& host, std::ostream& out, Settings settings = {});
+    Session(Host& host, std::ostream& out, const Settings& settings = {});
 
     // Runs statements; `name` stands for them in messages. Throws std::runtime_error for all that ends them
     // early, with a text such as "tour.rbs:12:9: expected a value, found end of line", and Quit. Interactive
