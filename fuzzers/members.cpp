@@ -28,6 +28,7 @@ void report() {
 
 }  // namespace
 
+// NOLINTNEXTLINE(bugprone-reserved-identifier): the sanitizer's name
 extern "C" const char* __asan_default_options() { return "allocator_may_return_null=1:detect_leaks=0"; }
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {

@@ -47,7 +47,9 @@ class Records {
         size_t at = 0;
         for (size_t i = 0; i < std::size(kTexts); ++i) {
             texts_[i] = reinterpret_cast<char*>(arena() + at);
-            at += std::strlen(std::strcpy(texts_[i], kTexts[i])) + 1;
+            const size_t size = std::strlen(kTexts[i]) + 1;
+            std::memcpy(texts_[i], kTexts[i], size);
+            at += size;
         }
     }
 

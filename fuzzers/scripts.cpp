@@ -46,6 +46,7 @@ void require(bool condition, const std::string& what) {
 
 }  // namespace
 
+// NOLINTNEXTLINE(bugprone-reserved-identifier): the sanitizer's name
 extern "C" const char* __asan_default_options() {
     return "allocator_may_return_null=1:max_allocation_size_mb=4096";
 }
