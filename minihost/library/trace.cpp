@@ -37,11 +37,11 @@ class Tracer {
         line.append(call.key).append("(");
         for (size_t i = 0; i < call.arguments.size(); ++i) {
             if (i > 0) line += ", ";
-            line += std::visit([this](auto value) { return text_of(value); }, call.arguments[i]);
+            line += std::visit([this](auto value) { return this->text_of(value); }, call.arguments[i]);
         }
         line += ')';
         if (call.result.index() != 0)
-            line += " = " + std::visit([this](auto value) { return text_of(value); }, call.result);
+            line += " = " + std::visit([this](auto value) { return this->text_of(value); }, call.result);
         out_ << line << '\n';
     }
 
