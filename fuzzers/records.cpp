@@ -47,9 +47,9 @@ class Records {
         size_t at = 0;
         for (size_t i = 0; i < std::size(kTexts); ++i) {
             texts_[i] = reinterpret_cast<char*>(arena() + at);
-            const size_t size = std::strlen(kTexts[i]) + 1;
-            std::memcpy(texts_[i], kTexts[i], size);
-            at += size;
+            const size_t length = std::strlen(kTexts[i]) + 1;
+            std::memcpy(texts_[i], kTexts[i], length);
+            at += length;
         }
     }
 
