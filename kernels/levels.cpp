@@ -19,6 +19,10 @@ extern const Kernels kKernels;
 namespace sse2 {
 extern const Kernels kKernels;
 }
+#elif defined(__aarch64__)
+namespace neon {
+extern const Kernels kKernels;
+}
 #else
 namespace generic {
 extern const Kernels kKernels;
@@ -92,6 +96,14 @@ constexpr Level kLevels[] = {
     {"plain", everywhere, &plain::kKernels},
 };
 constinit const Kernels* chosen = &sse2::kKernels;
+
+#elif defined(__aarch64__)
+
+constexpr Level kLevels[] = {
+    {"neon", everywhere, &neon::kKernels},
+    {"plain", everywhere, &plain::kKernels},
+};
+constinit const Kernels* chosen = &neon::kKernels;
 
 #else
 

@@ -2,7 +2,7 @@
 // Arithmetic, comparison and choice (+ - & | ^ << >> == < ?:) are the compiler's, lane by lane; what it has
 // no operator for stands in the level's own file:
 //
-// Mask: a number with kMaskBits bits for each byte of a vector, of which the lowest one counts
+// Mask: a number with kMaskBits bits for each byte of a vector, all of them set or none
 // Marks: a mark or none for each byte of a vector, to be joined by & and | before a Mask is made
 // mask_of(marks): the Mask of the bytes that have a mark
 // marked_equal(a, b): marks of the bytes in which a and b are equal
@@ -83,7 +83,10 @@ inline size_t last(Mask mask) {
                              : 31 - size_t(__builtin_clz(unsigned(mask)))) /
            kMaskBits;
 }
-inline Mask without_first(Mask mask) { return mask & (mask - 1); }
+inline Mask without_first(Mask mask) {
+    if constexpr (kMaskBits == 1) return mask & (mask - 1);
+    return mask & ~(((Mask(1) << kMaskBits) - 1) << first(mask) * kMaskBits);
+}
 
 // Calls `step` with i, i + kVectorBytes, ... below `end`.
 template <class Step>

@@ -39,7 +39,7 @@ expect "exceptions or RTTI" lacks "$(nm "$bundle")" ' (_ZTI|_ZTS|__cxa_|__gxx_|_
 # may have other bits than those of sinf and cosf.
 fused=$("$objdump" --disassemble --demangle --no-show-raw-insn "$bundle" | awk '
     /^[0-9a-f]+ <.*>:$/ { name = $0 }
-    /\tvfn?m(add|sub)/ && name !~ /kernels::avx(2|512)::\(anonymous namespace\)::.*<kernels::avx(2|512)::\(anonymous namespace\)::Fused>/ { print name }' | sort -u)
+    /\t(vfn?m(add|sub)|fn?m(add|sub)\t|fml[as]\t)/ && name !~ /kernels::(avx2|avx512|neon)::\(anonymous namespace\)::.*<kernels::(avx2|avx512|neon)::\(anonymous namespace\)::Fused>/ { print name }' | sort -u)
 expect "fused multiply-adds in $fused" [ -z "$fused" ]
 expect "sine and cosine in one call" lacks "$(nm --dynamic "$bundle")" 'sincos|cexp'
 exit $faults
