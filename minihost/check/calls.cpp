@@ -221,7 +221,7 @@ class Writer {
         std::string text;
         for (const Argument& argument : arguments)
             text += (text.empty() ? "" : ", ") +
-                    std::visit([this](const auto& value) { return text_of(value); }, argument);
+                    std::visit([this](const auto& value) { return this->text_of(value); }, argument);
         return text;
     }
 
