@@ -62,11 +62,12 @@ void clear(REALmemoryBlock block) {
 
 REALmemoryBlock eight() {
     const auto block = ask<REALmemoryBlock>("newMemoryBlock", int32_t{8});
-    if (has("missing")) reinterpret_cast<void (*)(REALobject)>(resolver("REALLockObject"))(block);
-    if (has("missing")) ask<void>("REALUnlockObject", static_cast<REALobject>(block));
-    if (!block && !(has("failing") && resolver("newMemoryBlock"))) return nullptr;
+    if (has("missing") && !resolver("REALLockObject")) crash();
+    if (has("failing") && !block && resolver("newMemoryBlock")) crash();
+    if (!block) return nullptr;
     auto* bytes = ask<uint8_t*>("memoryBlockGetPtr", block);
-    if (bytes || has("failing")) *bytes = 8;
+    if (has("failing") && !bytes) crash();
+    if (bytes) *bytes = 8;
     return block;
 }
 
