@@ -7,6 +7,11 @@ target_link_libraries(bundle_flags INTERFACE project_flags)
 target_compile_options(bundle_flags INTERFACE
   -fPIC -fno-exceptions -fno-rtti -fvisibility=hidden -fvisibility-inlines-hidden
   -fno-threadsafe-statics -ffp-contract=off -fno-math-errno)
+if(WIN32)
+  # The stack is kept at multiples of 16 bytes, and GCC does not raise that for wider vectors: no move of a vector may
+  # rely on more.
+  target_compile_options(bundle_flags INTERFACE -Wa,-muse-unaligned-vector-move)
+endif()
 if(MEMORYBLOCKZOR_SANITIZE)
   target_compile_options(bundle_flags INTERFACE -fno-sanitize=vptr)
 endif()
@@ -31,6 +36,17 @@ function(link_elf_bundle target)
   endif()
 endfunction()
 
+# PE with mingw-w64: the same. Every Windows has this C library, and what GCC's code calls besides is linked into the
+# bundle.
+function(link_pe_bundle target)
+  set(exports ${PROJECT_SOURCE_DIR}/plugin/registration/exports.map)
+  set_target_properties(${target} PROPERTIES LINK_DEPENDS ${exports})
+  target_link_options(${target} PRIVATE
+    -nostdlib -Wl,--entry=0 -Wl,--version-script=${exports} -Wl,--gc-sections
+    -Wl,--no-insert-timestamp -Wl,--dynamicbase -Wl,--nxcompat)
+  target_link_libraries(${target} PRIVATE msvcrt gcc)
+endfunction()
+
 # add_bundle(NAME SOURCES … LIBRARIES …): the file that the host loads, beside the programs.
 function(add_bundle target)
   cmake_parse_arguments(PARSE_ARGV 1 bundle "" "" "SOURCES;LIBRARIES")
@@ -39,6 +55,8 @@ function(add_bundle target)
   set_target_properties(${target} PROPERTIES PREFIX "" LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
   if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
     link_elf_bundle(${target})
+  elseif(MINGW)
+    link_pe_bundle(${target})
   else()
     message(FATAL_ERROR "cmake/Bundle.cmake does not know how ${CMAKE_SYSTEM_NAME} links the bundle.")
   endif()

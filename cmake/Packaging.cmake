@@ -1,6 +1,8 @@
 # `cmake --install` and the CPack archive: the bundle, minihost, the examples and the documents.
 install(TARGETS MemoryBlockZOR LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-install(TARGETS minihost RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+if(TARGET minihost)
+  install(TARGETS minihost RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
 install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(FILES README.md CONTRIBUTING.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 

@@ -18,3 +18,7 @@ if(MEMORYBLOCKZOR_FUZZ)
   # The host calls functions by types of its own.
   target_compile_options(project_flags INTERFACE -fsanitize=fuzzer-no-link -fno-sanitize=function)
 endif()
+if(WIN32)
+  # Float functions are the library's: mingw-w64's headers define some themselves.
+  target_compile_definitions(project_flags INTERFACE __CRT__NO_INLINE)
+endif()

@@ -1,6 +1,6 @@
 #include "plugin/exceptions.h"
 
-#include <cstdio>
+#include <charconv>
 #include <cstring>
 
 #include "plugin/host.h"
@@ -22,8 +22,10 @@ void RaiseException(const char* exceptionClassName, const char* message, uint32_
 }
 
 void RaiseOutOfMemory(int64_t size) {
-    char message[200] = {};
-    std::snprintf(message, sizeof message, "Failed to allocate a memoryblock with %lld bytes in size.",
-                  static_cast<long long>(size));
+    char digits[24] = {};
+    std::to_chars(digits, digits + sizeof digits, size);
+    char message[200] = "Failed to allocate a memoryblock with ";
+    std::strcat(message, digits);
+    std::strcat(message, " bytes in size.");
     RaiseException("OutOfMemoryException", message, 0);
 }

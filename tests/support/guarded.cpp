@@ -1,14 +1,12 @@
 #include "tests/support/guarded.h"
 
-#include <sys/mman.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <map>
 #include <string>
-#include <system_error>
+
+#include "tests/support/pages.h"
 
 namespace {
 
@@ -22,25 +20,10 @@ std::vector<uint8_t*>& kept(size_t accessible) {
     return mappings[accessible];
 }
 
-size_t page_size() { return size_t(sysconf(_SC_PAGESIZE)); }
-
 std::string two_digits(uint8_t byte) {
     char text[3];
     std::snprintf(text, sizeof text, "%02x", byte);
     return text;
-}
-
-// Zeroed pages between two that cannot be touched.
-uint8_t* map_guarded(size_t accessible) {
-    const size_t page = page_size();
-    void* pages =
-        mmap(nullptr, accessible + 2 * page, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-    if (pages == MAP_FAILED) throw std::system_error(errno, std::generic_category(), "guarded memory");
-    uint8_t* first = static_cast<uint8_t*>(pages) + page;
-    if (mprotect(first, accessible, PROT_READ | PROT_WRITE) != 0) {
-        throw std::system_error(errno, std::generic_category(), "guarded memory");
-    }
-    return first;
 }
 
 uint32_t seed_of_run() {
@@ -84,7 +67,7 @@ GuardedBytes::~GuardedBytes() {
     if (accessible_ <= kKept) {
         kept(accessible_).push_back(pages_);
     } else {
-        munmap(pages_ - page_size(), accessible_ + 2 * page_size());
+        unmap_guarded(pages_, accessible_);
     }
 }
 

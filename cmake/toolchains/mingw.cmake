@@ -1,0 +1,10 @@
+# The tools of mingw-w64 whose names begin with `mingw`. Those with POSIX threads have the C++ library's threads.
+set(CMAKE_C_COMPILER ${mingw}-gcc-posix)
+set(CMAKE_CXX_COMPILER ${mingw}-g++-posix)
+set(CMAKE_RC_COMPILER ${mingw}-windres)
+set(CMAKE_FIND_ROOT_PATH /usr/${mingw})
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+# That of the machine would be found.
+set(CMAKE_DISABLE_FIND_PACKAGE_GTest ON)
+# Programs need nothing but the system.
+set(CMAKE_EXE_LINKER_FLAGS_INIT -static)
