@@ -124,6 +124,20 @@ TEST_F(Program, RefusesWhatIsNoBundle) {
     EXPECT_NE(refused(NO_ENTRY_BUNDLE).find("REALPluginMain"), std::string::npos);
 }
 
+#ifndef EMULATED
+TEST_F(Program, SaysHowToNameTheBundleThatIsNotBesideIt) {
+    fs::copy(MINIHOST_PROGRAM, folder_ / "alone");
+    const fs::path alone = fs::canonical(folder_ / "alone");
+    const int status = std::system((quoted(alone.string()) + " -e 'Print 1' 2>" +  // NOLINT(cert-env33-c)
+                                    quoted((folder_ / "err.txt").string()))
+                                       .c_str());
+    const std::string message = read(folder_ / "err.txt");
+    EXPECT_EQ(WEXITSTATUS(status), 1);
+    EXPECT_TRUE(message.starts_with("there is no bundle /")) << message;
+    EXPECT_TRUE(message.ends_with("; --plugin FILE says where another one is\n")) << message;
+}
+#endif
+
 TEST_F(Program, SaysWhereTheBundleCrashes) {
     write("crash.rbs", "Print 1\nCrash\nPrint 2");
     EXPECT_EQ(run("--plugin " + quoted(HOSTILE_BUNDLE) + " crash.rbs"),
@@ -168,11 +182,14 @@ class Prompt : public Program {
         pid_t child = -1;
     };
 
-    Terminal open() {
+    // Starts the program in the test's folder, its history in a folder there or where HOME says.
+    Terminal open(const char* state = "state") {
         Terminal terminal;
         terminal.child = forkpty(&terminal.descriptor, nullptr, nullptr, nullptr);
         if (terminal.child == 0) {
-            setenv("XDG_STATE_HOME", (folder_ / "state").c_str(), 1);
+            if (chdir(folder_.c_str()) != 0) _exit(127);
+            setenv("XDG_STATE_HOME", *state ? (folder_ / state).c_str() : "", 1);
+            setenv("HOME", "", 1);
             setenv("TERM", "dumb", 1);
             execl(MINIHOST_PROGRAM, MINIHOST_PROGRAM, "--plugin", MINIHOST_BUNDLE, nullptr);
             _exit(127);
@@ -245,5 +262,11 @@ TEST_F(Prompt, SharesItsHistoryWithOthers) {
     const Terminal third = open();
     type(third, "\x10\x10", "Print 1003");
     EXPECT_EQ(close(third, "\x15quit\n"), 0);
+
+    const Terminal homeless = open("");
+    type(homeless, "Print 1004\n", "1004\r\n> ");
+    EXPECT_EQ(close(homeless, "quit\n"), 0);
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder_), {}), 1)
+        << "more than the folder with the history";
 }
 #endif

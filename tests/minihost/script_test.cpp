@@ -177,6 +177,8 @@ TEST_F(Script, LeavesTheOldFileWhenWritingFails) {
     signal(SIGXFSZ, handler);
     EXPECT_EQ(file, "s:1:1: IOException: cannot write old: File too large\n");
     EXPECT_EQ(picture, "s:5:1: IOException: cannot write old: File too large\n");
+    EXPECT_EQ(run("WriteFile(\"old/new\", New MemoryBlock(1))"),
+              "s:1:1: IOException: cannot write old/new: Not a directory\n");
     EXPECT_EQ(run("Print ReadFile(\"old\").Byte(0)"), "65\n");
     EXPECT_EQ(std::distance(fs::directory_iterator("."), {}), 1);
 }
