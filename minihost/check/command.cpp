@@ -86,7 +86,7 @@ std::optional<Request> parse(int argc, char** argv) {
         ->check(CLI::Range(0.01, 86400.0));
     app.add_flag("--json", request.json, "Print one JSON object");
     app.footer(
-        "\nExit status: 0 when every check that ran passed, 1 when one failed, 2 for a wrong command line.");
+        "\nExit status: 0 when every check passed, 1 when one failed or had to be skipped, 2 for a wrong command line.");
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

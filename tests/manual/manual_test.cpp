@@ -12,6 +12,7 @@
 #include <map>
 #include <regex>
 #include <set>
+#include <string_view>
 
 #include "tests/support/bundle_test.h"
 
@@ -28,7 +29,7 @@ std::string read(const fs::path& path) {
 }
 
 std::vector<fs::path> pages() {
-    std::vector<fs::path> found = {kRoot / "README.md"};
+    std::vector<fs::path> found = {kRoot / "README.md", kRoot / "SECURITY.md"};
     for (const auto& entry : fs::recursive_directory_iterator(kRoot / "docs")) {
         if (entry.path().extension() == ".md") found.push_back(entry.path());
     }
@@ -62,19 +63,46 @@ std::vector<Fenced> fenced_blocks(const std::string& page) {
 // The page without its fenced blocks.
 std::string prose(const std::string& page) { return std::regex_replace(page, std::regex("```[^`]*```"), ""); }
 
-// What minihost prints, in the repository's root, with the status of a run that fails.
+std::string replaced(std::string text, std::string_view what, std::string_view by) {
+    for (size_t at = 0; (at = text.find(what, at)) != text.npos; at += by.size())
+        text.replace(at, what.size(), by);
+    return text;
+}
+
+// What a page's commands leave in out/ goes into a folder of the test's own.
+class Commands {
+ public:
+    Commands() { fs::create_directories(folder_); }
+    ~Commands() { fs::remove_all(folder_); }
+
+    // What the commands print in the repository's root, with the status of a run that fails.
+    std::string run(const std::string& commands, const std::string& input = "") const {
+        std::ofstream(folder_ / ".in", std::ios::binary) << input;
+        const std::string whole = "cd '" + kRoot.string() + "' && {\n" + commands + "\n} <'" +
+                                  (folder_ / ".in").string() + "' >'" + (folder_ / ".out").string() +
+                                  "' 2>&1";
+        const int status = std::system(whole.c_str());  // NOLINT(cert-env33-c): the tests' own commands
+        std::string output = read(folder_ / ".out");
+        if (status != 0) output += "exit status " + std::to_string(WEXITSTATUS(status)) + "\n";
+        return output;
+    }
+
+    // The same for commands as a page shows them.
+    std::string run_shown(std::string commands) const {
+        const std::string folder = folder_.string() + '/';
+        for (const std::string before : {" ", ">"})
+            commands = replaced(commands, before + "out/", before + folder);
+        return replaced(run(replaced(commands, "build/release/bin/minihost", "'" MINIHOST_PROGRAM "'")),
+                        folder, "out/");
+    }
+
+ private:
+    fs::path folder_ = fs::temp_directory_path() / ("manual" + std::to_string(getpid()));
+};
+
+// What minihost prints when it runs the bundle.
 std::string run(const std::string& arguments, const std::string& input) {
-    const fs::path folder = fs::temp_directory_path() / ("manual" + std::to_string(getpid()));
-    fs::create_directories(folder);
-    std::ofstream(folder / "in", std::ios::binary) << input;
-    const std::string command =
-        "cd '" + kRoot.string() + "' && '" MINIHOST_PROGRAM "' --plugin '" MINIHOST_BUNDLE "' " + arguments +
-        " <'" + (folder / "in").string() + "' >'" + (folder / "out").string() + "' 2>&1";
-    const int status = std::system(command.c_str());  // NOLINT(cert-env33-c): the tests' own commands
-    std::string output = read(folder / "out");
-    if (status != 0) output += "exit status " + std::to_string(WEXITSTATUS(status)) + "\n";
-    fs::remove_all(folder);
-    return output;
+    return Commands().run("'" MINIHOST_PROGRAM "' --plugin '" MINIHOST_BUNDLE "' " + arguments, input);
 }
 
 // Every script is followed by what it prints; so is every command that starts minihost with something to run.
@@ -98,6 +126,31 @@ TEST(Manual, ExamplesPrintWhatThePagesShow) {
         }
     }
     EXPECT_GE(run_examples, 49) << "each member has an example";
+}
+
+// Times and addresses are others in each run.
+std::string without_chance(const std::string& output) {
+    const std::string no_times =
+        std::regex_replace(output, std::regex(R"( in \d+\.\d s, )"), " in a moment, ");
+    return std::regex_replace(no_times, std::regex("0x[0-9a-f]+"), "an address");
+}
+
+// The page holds the example's source, and each of its commands is followed by what it prints.
+TEST(Manual, TheGuideToChecksDoesWhatItShows) {
+    const std::vector<Fenced> blocks = fenced_blocks(read(kManual / "guide-check.md"));
+    const Commands commands;
+    int compared = 0;
+    for (size_t i = 0; i < blocks.size(); ++i) {
+        SCOPED_TRACE(testing::Message() << "guide-check.md:" << blocks[i].line);
+        if (blocks[i].word == "cpp") {
+            EXPECT_EQ(blocks[i].text, read(kRoot / "examples/bundle/sum.cpp"));
+        }
+        if (blocks[i].word != "sh") continue;
+        ASSERT_TRUE(i + 1 < blocks.size() && blocks[i + 1].word == "output") << "shows no output";
+        EXPECT_EQ(without_chance(commands.run_shown(blocks[i].text)), without_chance(blocks[i + 1].text));
+        ++compared;
+    }
+    EXPECT_GE(compared, 8);
 }
 
 // The declarations of each entry of the manual, by the member's name.
