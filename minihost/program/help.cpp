@@ -120,8 +120,11 @@ void print_help(Runtime& runtime, const std::string& name) {
     std::erase_if(entries, [&](const Entry& entry) {
         return !same_name(entry.name, name) && !same_name(entry.owner, name);
     });
-    if (entries.empty()) runtime.out << "there is nothing called " << name << suggestion(name, known) << '\n';
+    const std::string language = for_terminal(language_rows(name));
+    if (entries.empty() && language.empty())
+        runtime.out << "there is nothing called " << name << suggestion(name, known) << '\n';
     print_entries(runtime.out, entries);
+    runtime.out << language;
 }
 
 bool report_references(const Host& host, std::ostream& out) {

@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "minihost/program/manual_pages.h"
+#include "minihost/program/names.h"
 
 namespace minihost {
 namespace {
@@ -74,6 +75,17 @@ std::vector<std::string> cells(const std::string& row) {
     return found;
 }
 
+bool has_word(const std::string& text, std::string_view word) {
+    constexpr std::string_view kLetters = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789";
+    size_t begin = 0;
+    while ((begin = text.find_first_of(kLetters, begin)) != text.npos) {
+        const size_t end = std::min(text.find_first_not_of(kLetters, begin), text.size());
+        if (same_name(text.substr(begin, end - begin), word)) return true;
+        begin = end;
+    }
+    return false;
+}
+
 // A table without its rule: all columns but the last as wide as their widest cell, the last one wrapped.
 void print_table(std::string& out, const std::vector<std::vector<std::string>>& rows, size_t width) {
     std::vector<size_t> widths;
@@ -124,6 +136,17 @@ std::vector<ManualEntry> read_pages() {
 const std::vector<ManualEntry>& manual() {
     static const std::vector<ManualEntry> entries = read_pages();
     return entries;
+}
+
+std::string language_rows(std::string_view name) {
+    std::string rows;
+    for (const ManualEntry& entry : manual()) {
+        if (entry.page != "language") continue;
+        for (const std::string& line : split(entry.text, "\n")) {
+            if (line.starts_with("| `") && has_word(cells(line).front(), name)) rows += line + '\n';
+        }
+    }
+    return rows;
 }
 
 std::string for_terminal(std::string_view markdown, size_t width) {

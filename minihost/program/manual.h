@@ -19,6 +19,10 @@ struct ManualEntry {
 // All entries of all pages.
 const std::vector<ManualEntry>& manual();
 
+// The rows of the language page's tables that begin with a statement, type or function of that name; as
+// Markdown.
+std::string language_rows(std::string_view name);
+
 // Markdown as lines of at most `width` columns: tables in columns, code indented, no marks of emphasis or
 // links.
 std::string for_terminal(std::string_view markdown, size_t width = 80);

@@ -293,6 +293,11 @@ TEST_F(Script, HelpsWithNames) {
     for (std::string line; std::getline(lines, line);) EXPECT_LE(line.size(), 82U) << line;
     EXPECT_NE(run("help sweep").find("_CalcLogSweepTableZOR     Computes a "), std::string::npos);
     EXPECT_NE(run("help language").find("\nBuilt-ins\n"), std::string::npos);
+    EXPECT_EQ(run("help while"), "  While test … Wend  As long as the test is true.\n");
+    const std::string sound = run("help readsound");
+    EXPECT_TRUE(
+        sound.starts_with("Functions\n  ReadSound(path as String) as MemoryBlock\n  ReadSound(path), "))
+        << sound;
     EXPECT_EQ(run("help soudn"), "there is nothing called soudn; did you mean sound?\n");
     EXPECT_EQ(run("help Message"), "RuntimeException\n  Message as String   (read only)\n");
     EXPECT_EQ(run("help IOException"), "IOException\n  is a RuntimeException\n");
