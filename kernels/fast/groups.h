@@ -24,7 +24,7 @@ void complete_sum(uint8_t* data, size_t groups, int32_t limit, bool zero_stays) 
 
 inline int32_t truncated(double number) {
     constexpr double kLimit = 2147483648.0;
-    return number >= -kLimit && number < kLimit ? int32_t(number) : INT32_MIN;
+    return __builtin_fabs(number) < kLimit ? int32_t(number) : INT32_MIN;
 }
 
 void replace_similar(uint8_t* data, size_t groups, const int32_t (&reference)[4],

@@ -10,16 +10,19 @@ inline size_t left_in_page(const uint8_t* at) { return kPage - uintptr_t(at) % k
 
 // What bytes are looked for. What is seen of several vectors is joined by | and asked at once.
 struct ByteIs {
+    explicit ByteIs(uint8_t value) : wanted(all(value)) {}
     Bytes wanted;
     Marks seen(Bytes v) const { return marked_equal(v, wanted); }
     static Mask mask(Marks seen) { return mask_of(seen); }
 };
 struct ByteIsNot {
+    explicit ByteIsNot(uint8_t value) : unwanted(all(value)) {}
     Bytes unwanted;
     Bytes seen(Bytes v) const { return v ^ unwanted; }
     static Mask mask(Bytes seen) { return mask_of(marked_equal(seen, Bytes{})) ^ kEveryByte; }
 };
 struct ByteIsHigh {
+    explicit ByteIsHigh(uint8_t) {}
     static Bytes seen(Bytes v) { return v & 0x80; }
     static Mask mask(Bytes seen) { return high_bits(seen); }
 };
@@ -49,7 +52,7 @@ inline Mask found_in_part(const uint8_t* data, size_t n, Wanted wanted) {
 
 // A run shorter than a round, all in readable memory.
 template <class Wanted>
-size_t find_in_few(const uint8_t* data, size_t n, Wanted wanted) {
+inline size_t find_in_few(const uint8_t* data, size_t n, Wanted wanted) {
     if (n < kVector) {
         const Mask found = found_in_part(data, n, wanted);
         return found ? first(found) : kNotFound;
@@ -72,21 +75,27 @@ inline bool round_has(const uint8_t* data, Wanted wanted) {
 }
 
 template <class Wanted>
-inline size_t find_first(const uint8_t* data, size_t n, Wanted wanted) {
+inline size_t find_first(const uint8_t* data, size_t n, uint8_t value);
+
+// For runs of which less than a round, and less than all, lies in the page of the first byte. A function of
+// its own, so that the others keep nothing across a call.
+template <class Wanted>
+[[gnu::noinline]] size_t find_first_across_page(const uint8_t* data, size_t n, uint8_t value) {
+    const size_t head = left_in_page(data);
+    const size_t found = find_in_few(data, head, Wanted(value));
+    if (found != kNotFound) return found;
+    const size_t rest = find_first<Wanted>(data + head, n - head, value);
+    return rest == kNotFound ? rest : head + rest;
+}
+
+template <class Wanted>
+inline size_t find_first(const uint8_t* data, size_t n, uint8_t value) {
     const size_t readable = left_in_page(data);
+    const Wanted wanted(value);
+    if (n < kRound && n <= readable) return find_in_few(data, n, wanted);
+    if (readable < kRound) return find_first_across_page<Wanted>(data, n, value);
     const uint8_t* at = data;
-    if (n < kRound || readable < kRound) {
-        const size_t head = smaller(n, readable);
-        const size_t found = find_in_few(data, head, wanted);
-        if (found != kNotFound || head == n) return found;
-        if (n < kRound) {
-            const size_t rest = find_in_few(data + head, n - head, wanted);
-            return rest == kNotFound ? rest : head + rest;
-        }
-        at += head;
-    } else if (!round_has(data, wanted)) {
-        at += kRound - uintptr_t(data) % kRound;
-    }
+    if (!round_has(data, wanted)) at += kRound - uintptr_t(data) % kRound;
     const uint8_t* const last = data + (n - kRound);
     while (at < last && !round_has(at, wanted)) at += kRound;
     if (at > last) at = last;
@@ -94,14 +103,12 @@ inline size_t find_first(const uint8_t* data, size_t n, Wanted wanted) {
     return found == kNotFound ? found : size_t(at - data) + found;
 }
 
-size_t find_byte(const uint8_t* data, size_t n, uint8_t value) {
-    return find_first(data, n, ByteIs{all(value)});
-}
+size_t find_byte(const uint8_t* data, size_t n, uint8_t value) { return find_first<ByteIs>(data, n, value); }
 size_t find_not_byte(const uint8_t* data, size_t n, uint8_t value) {
-    return find_first(data, n, ByteIsNot{all(value)});
+    return find_first<ByteIsNot>(data, n, value);
 }
 bool all_zero(const uint8_t* data, size_t n) { return find_not_byte(data, n, 0) == kNotFound; }
-bool all_ascii(const uint8_t* data, size_t n) { return find_first(data, n, ByteIsHigh{}) == kNotFound; }
+bool all_ascii(const uint8_t* data, size_t n) { return find_first<ByteIsHigh>(data, n, 0) == kNotFound; }
 
 bool equal(const uint8_t* first, const uint8_t* second, size_t n) {
     if (n < kVector) return !any(part(first, n) ^ part(second, n));
@@ -149,11 +156,11 @@ constexpr size_t kMaxProbes = 6;
 constexpr size_t kAlways = 3;        // probes that a comparison looks at without asking what those before say
 constexpr size_t kShortNeedle = 32;  // compared at all places of a vector at once, byte after byte
 constexpr size_t kFewStarts = 32;    // places that words are compared at, one by one
-constexpr size_t kShortSearch = 256;  // places that are searched before any choice of probes
+constexpr size_t kShortSearch = 256;  // places that are searched without a choice of probes
 
 // The byte that differs from that at `offset` and is nearest to the front.
 inline size_t other_byte(const uint8_t* needle, size_t m, size_t offset) {
-    const size_t other = find_first(needle, m, ByteIsNot{all(needle[offset])});
+    const size_t other = find_first<ByteIsNot>(needle, m, needle[offset]);
     return other != kNotFound ? other : offset == 0 ? m - 1 : 0;
 }
 
@@ -259,6 +266,9 @@ inline Marks agreeing(const uint8_t* const (&at)[kProbes], const Bytes (&bytes)[
     return marks;
 }
 
+// The index of the first byte of a word that is not 0.
+inline size_t first_byte(uint64_t word) { return size_t(__builtin_ctzll(word)) / 8; }
+
 struct Search {
     const uint8_t* haystack;
     const uint8_t* needle;
@@ -277,7 +287,8 @@ struct Search {
     size_t first_round() const;
     size_t places_from(size_t at) const;
     template <class Load>
-    Mask narrowed(Load bytes_at, size_t at, Mask mask) const;
+    Mask narrowed(Load bytes_at, size_t at, Mask mask);
+    void learn(size_t difference) { probes[2 + learned++ % (larger<size_t>(active, 3) - 2)] = difference; }
     size_t compare(size_t at, size_t places);
     size_t compare_whole(size_t at, Mask mask);
 };
@@ -287,28 +298,21 @@ void Search::spread_probes() {
     for (size_t i = 0; i < kMaxProbes; ++i) probes[i] = spread[i];
 }
 
-// The rarest byte and a rare other one become the first two probes.
+// The rarest bytes become the probes, the rarest one first and another one second. Of long needles the last
+// byte is one too.
 void Search::choose_rare_probes() {
+    const auto rank = [this](size_t i) { return kRanks.of[needle[i]]; };
     const size_t looked_at = smaller<size_t>(m, 256);
-    size_t rarest = 0;
-    size_t second = other_byte(needle, m, 0);
-    for (size_t i = 1; i < looked_at; ++i) {
-        const uint8_t rank = kRanks.of[needle[i]];
-        if (rank < kRanks.of[needle[rarest]]) {
-            second = rarest;
-            rarest = i;
-        } else if (rank < kRanks.of[needle[second]] && needle[i] != needle[rarest]) {
-            second = i;
-        }
+    size_t chosen = 0;
+    for (size_t i = 0; i < looked_at; ++i) {
+        if (chosen == kMaxProbes && rank(i) >= rank(probes[chosen - 1])) continue;
+        size_t k = chosen < kMaxProbes ? chosen++ : kMaxProbes - 1;
+        for (; k > 0 && rank(i) < rank(probes[k - 1]); --k) probes[k] = probes[k - 1];
+        probes[k] = i;
     }
-    probes[0] = rarest;
-    probes[1] = second;
     active = 2;
-    if (m < 2 * kMaxProbes) return;
-    probes[5] = m - 1;
-    for (size_t i = 2; i < kMaxProbes; ++i) {
-        while (probes[i] == rarest || probes[i] == second) probes[i] = (probes[i] + 1) % m;
-    }
+    if (needle[probes[1]] == needle[probes[0]]) probes[1] = other_byte(needle, m, probes[0]);
+    if (m >= 2 * kMaxProbes) probes[kMaxProbes - 1] = m - 1;
 }
 
 // How many places may be looked at together: no probe then reaches into a page behind that in which a needle
@@ -340,7 +344,7 @@ size_t Search::first_round() const {
 // Of the places of a mask, whose first bit stands for `at`, those that may be the needle's: all probes and
 // the first and the last word agree, and of short needles every byte.
 template <class Load>
-Mask Search::narrowed(Load bytes_at, size_t at, Mask mask) const {
+Mask Search::narrowed(Load bytes_at, size_t at, Mask mask) {
     constexpr unsigned kFew = 4;
     if (m >= kWord) {
         Mask kept = 0;
@@ -348,8 +352,13 @@ Mask Search::narrowed(Load bytes_at, size_t at, Mask mask) const {
         const auto back = load<uint64_t>(needle + m - kWord);
         for (unsigned looked_at = 0; mask && looked_at < kFew; ++looked_at, mask = without_first(mask)) {
             const uint8_t* const place = haystack + at + first(mask);
-            if (load<uint64_t>(place) == front && load<uint64_t>(place + m - kWord) == back)
+            const uint64_t front_differs = load<uint64_t>(place) ^ front;
+            const uint64_t back_differs = load<uint64_t>(place + m - kWord) ^ back;
+            if ((front_differs | back_differs) == 0) {
                 kept |= mask & -mask;
+            } else {
+                learn(front_differs ? first_byte(front_differs) : m - kWord + first_byte(back_differs));
+            }
         }
         if (mask == 0 && m <= 2 * kWord) return kept;
         mask |= kept;
@@ -399,7 +408,7 @@ size_t Search::compare_whole(size_t at, Mask mask) {
         if (difference == kNotFound) return place;
         spent += 4 + (m - difference) / kVector;
         next = place + 1;
-        probes[2 + learned++ % (larger<size_t>(active, 3) - 2)] = difference;
+        learn(difference);
         if (m - difference < kVector) continue;
         const size_t again = last_byte(needle, difference, haystack[place + difference]);
         next = place + difference - again;
@@ -415,42 +424,73 @@ size_t Search::next_round() const {
     return next;
 }
 
-// One place after the other, by the needle's first and last word, which are all of it.
+// The needle's first and last word are all of it.
 template <class Word>
-size_t find_by_words(const uint8_t* haystack, size_t starts, const uint8_t* needle, size_t m) {
-    const size_t back = m - sizeof(Word);
-    const auto first_word = load<Word>(needle);
-    const auto last_word = load<Word>(needle + back);
-    for (size_t i = 0; i < starts; ++i) {
-        if (load<Word>(haystack + i) == first_word && load<Word>(haystack + i + back) == last_word) return i;
-    }
-    return kNotFound;
-}
+struct ShortNeedle {
+    const uint8_t* needle;
+    size_t m;
+    Word front = load<Word>(needle);
+    Word back = load<Word>(needle + m - sizeof(Word));
 
-size_t find_among_few(const uint8_t* haystack, size_t starts, const uint8_t* needle, size_t m) {
-    if (m >= 8) return find_by_words<uint64_t>(haystack, starts, needle, m);
-    if (m >= 4) return find_by_words<uint32_t>(haystack, starts, needle, m);
-    return find_by_words<uint16_t>(haystack, starts, needle, m);
+    bool is_at(const uint8_t* place) const {
+        return load<Word>(place) == front && load<Word>(place + m - sizeof(Word)) == back;
+    }
+
+    // One place after the other.
+    size_t find_singly(const uint8_t* haystack, size_t starts) const {
+        for (size_t i = 0; i < starts; ++i) {
+            if (is_at(haystack + i)) return i;
+        }
+        return kNotFound;
+    }
+
+    // By vectors, of which the last may overlap the one before it, and the needle's ends and middle.
+    size_t find_by_vectors(const uint8_t* haystack, size_t starts) const {
+        const uint8_t* const rows[] = {haystack, haystack + m / 2, haystack + m - 1};
+        const Bytes wanted[] = {all(needle[0]), all(needle[m / 2]), all(needle[m - 1])};
+        const size_t last_vector = starts - kVector;
+        for (size_t i = 0;; i = smaller(i + kVector, last_vector)) {
+            for (Mask mask = mask_of(agreeing(rows, wanted, i)); mask; mask = without_first(mask)) {
+                if (is_at(haystack + i + first(mask))) return i + first(mask);
+            }
+            if (i == last_vector) return kNotFound;
+        }
+    }
+
+    // All of the haystack may be read by vectors if it lies in one page.
+    size_t find(const uint8_t* haystack, size_t starts) const {
+        const bool by_vectors = starts >= kVector && starts + m - 1 <= left_in_page(haystack);
+        return by_vectors ? find_by_vectors(haystack, starts) : find_singly(haystack, starts);
+    }
+};
+
+size_t find_short(const uint8_t* haystack, size_t starts, const uint8_t* needle, size_t m) {
+    if (m >= 8) return ShortNeedle<uint64_t>{needle, m}.find(haystack, starts);
+    if (m >= 4) return ShortNeedle<uint32_t>{needle, m}.find(haystack, starts);
+    return ShortNeedle<uint16_t>{needle, m}.find(haystack, starts);
 }
 
 size_t find(const uint8_t* haystack, size_t n, const uint8_t* needle, size_t m) {
     if (m > n) return kNotFound;
     if (m == 1) return find_byte(haystack, n, needle[0]);
     const size_t starts = n - m + 1;
-    if (starts <= kFewStarts && m <= 2 * kWord) return find_among_few(haystack, starts, needle, m);
+    if (m <= 2 * kWord && (starts <= kFewStarts || (starts <= kShortSearch && n <= left_in_page(haystack))))
+        return find_short(haystack, starts, needle, m);
     Search search = {haystack, needle, m, starts, {}};
     search.spread_probes();
+    // Choosing costs as much as searching some hundred bytes.
+    const size_t searched_before = m <= kShortNeedle && starts > 2 * kShortSearch ? 0 : kShortSearch;
     size_t rounds = 0;  // in which the active probes agreed somewhere,
     size_t since = 0;   // from here on
     while (search.next < search.starts) {
-        if (search.active == 0 && search.next >= kShortSearch) search.choose_rare_probes();
+        if (search.active == 0 && search.next >= searched_before) search.choose_rare_probes();
         const size_t at = search.next_round();
         if (at >= search.starts) break;
         const size_t found = search.compare(at, search.places_from(at));
         if (found != kNotFound) return found;
         if (search.next >= search.starts) break;
         if (search.active != 0 && search.active < kMaxProbes &&
-            ++rounds > 4 + (search.next - since) / (8 * kRound)) {
+            ++rounds > 1 + (search.next - since) / (16 * kRound)) {
             search.active += search.active == 4 ? 2 : 1;
             rounds = 0;
             since = search.next;
