@@ -33,7 +33,8 @@ inline Bytes swapped32(Bytes v) {
 }
 inline Bytes reversed(Bytes v) {
     const Bytes halves = both_halves(_mm_setr_epi8(15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0));
-    return Bytes(_mm256_permute4x64_epi64(__m256i(shuffled(v, halves)), 0b01'00'11'10));
+    const auto turned = __m256i(shuffled(v, halves));
+    return Bytes(_mm256_permute2x128_si256(turned, turned, 1));
 }
 inline Bytes bits_reversed(Bytes v) {
     const Bytes high = both_halves(
