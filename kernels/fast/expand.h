@@ -6,10 +6,12 @@ void expand_bits(uint8_t* destination, size_t destination_count, const uint8_t* 
         return rule::expand_bits(destination, destination_count, source, source_count, low, high);
     }
     const Bytes lows = all(low);
-    const Bytes low_to_high = all(uint8_t(low ^ high));
+    const Bytes highs = all(high);
     const size_t whole = smaller(destination_count, 8 * source_count) / kVectorBytes * kVectorBytes;
-    each_vector(0, whole,
-                [=](size_t i) { store(destination + i, lows ^ (expanded(source + i / 8) & low_to_high)); });
+    each_vector(0, whole, [=, bits = source](size_t i) mutable {
+        store(destination + i, expanded(bits) ? highs : lows);
+        bits += kVectorBytes / 8;
+    });
     if (whole == destination_count) return;
     rule::expand_bits(destination + whole, destination_count - whole, source + whole / 8,
                       source_count - smaller(source_count, whole / 8), low, high);
