@@ -12,9 +12,6 @@
 namespace minihost {
 namespace {
 
-constexpr int32_t kOlderLayout = 9;
-constexpr int32_t kNewestLayout = 12;
-
 // What makes a record unreadable. Never passes through a bundle: registering catches it.
 struct RecordError : std::runtime_error {
     using std::runtime_error::runtime_error;
@@ -99,9 +96,10 @@ Property property_of(const REALproperty& record, const std::string& owner) {
 void require_layout(const REALclassDefinition* record) {
     require(record, "there is no record");
     require_bytes(record, sizeof record->version, "a record");
-    require(record->version >= kOlderLayout && record->version <= kNewestLayout,
-            "its version word is " + std::to_string(record->version) + ", not 9 to 12");
-    require_bytes(record, record->version == kOlderLayout ? kOlderClassSize : sizeof *record, "a record");
+    require(record->version >= kOldestLayout && record->version <= kNewestLayout,
+            "its version word is " + std::to_string(record->version) + ", not " +
+                std::to_string(kOldestLayout) + " to " + std::to_string(kNewestLayout));
+    require_bytes(record, record->version == kOldestLayout ? kOlderClassSize : sizeof *record, "a record");
 }
 
 REALstring exception_message(REALobject exception, int32_t) {
@@ -179,7 +177,7 @@ void Host::State::read(const char* subject, const std::function<void()>& read_re
 
 // All of the members, or none.
 void Host::State::read_members(Class& type, const REALclassDefinition& record) {
-    const bool older = record.version == kOlderLayout;
+    const bool older = record.version == kOldestLayout;
     Class read;
     UnreadableMembers unreadable;
     const auto add = [&](auto& members, const auto& read_member) {
