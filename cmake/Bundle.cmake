@@ -26,6 +26,7 @@ endif()
 function(link_elf_bundle target)
   set(exports ${PROJECT_SOURCE_DIR}/plugin/registration/exports.map)
   set_target_properties(${target} PROPERTIES LINK_DEPENDS ${exports})
+  target_sources(${target} PRIVATE ${PROJECT_SOURCE_DIR}/kernels/linux/system_math.cpp)
   target_link_options(${target} PRIVATE
     -Wl,--version-script=${exports} -Wl,--exclude-libs,ALL -Wl,-z,relro,-z,now,-z,noexecstack -Wl,--gc-sections)
   if(MEMORYBLOCKZOR_SANITIZE OR MEMORYBLOCKZOR_COVERAGE)

@@ -2,6 +2,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "generated/version.h"
 #include "kernels/levels.h"
 #include "largeblock/memoryblockzor.h"
 #include "plugin/host.h"
@@ -9,6 +10,9 @@
 #include "plugin/registration/tables.h"
 
 namespace {
+
+// For whoever looks into the file.
+constexpr char kIdentity[] = MEMORYBLOCKZOR_IDENTITY;
 
 constexpr int32_t kInstanceDataAlignment = 16;  // bytes
 
@@ -36,6 +40,7 @@ bool adapt(REALclassDefinition& definition) {
 }  // namespace
 
 extern "C" __attribute__((visibility("default"))) void REALPluginMain(Resolver resolver) {
+    __asm__ volatile("" : : "r"(kIdentity));  // keeps it
     gResolver = resolver;
     kernels::choose_level(kernels::best_level());
     const auto registerVersion = REALRegisterPluginVersion.ask();

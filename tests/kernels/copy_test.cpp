@@ -8,7 +8,7 @@ LEVEL_TESTS(CopyKernel, fast_levels());
 
 TEST_P(CopyKernel, IsTheByteByByteCopyForEveryOverlap) {
     Random random;
-    for (int round = 0; round < 4000; ++round) {
+    for (size_t round = 0; round < rounds(4000); ++round) {
         const size_t size = between<size_t>(random, 0, round % 100 == 0 ? 20000 : 300);
         GuardedBytes memory(size, GuardedBytes::kBothSides[round % 2], random);
         const size_t count = between<size_t>(random, 0, size);

@@ -26,7 +26,7 @@ testing::AssertionResult same(Random& random, size_t source, size_t destination,
 
 TEST_P(GatherKernels, GatherCopiesPieceAfterPiece) {
     Random random;
-    for (int round = 0; round < 20000; ++round) {
+    for (size_t round = 0; round < rounds(20000); ++round) {
         const auto piece =
             random() % 2 ? size_t(1) << random() % 4 : between<size_t>(random, 0, round % 8 == 0 ? 200 : 18);
         const auto pieces = between<size_t>(random, 0, round % 8 == 0 ? 400 : round % 4 == 0 ? 100 : 20);
@@ -46,7 +46,7 @@ TEST_P(GatherKernels, GatherBitsTakesAndStoresBitAfterBit) {
             kernel(to, to_bit, from, rest...);
         };
     };
-    for (int round = 0; round < 20000; ++round) {
+    for (size_t round = 0; round < rounds(20000); ++round) {
         const auto bits = between<uint64_t>(random, 0, round % 4 == 0 ? 200 : 20);
         const auto step =
             bits + (round % 5 == 0 ? 0 : between<uint64_t>(random, 0, round % 3 == 0 ? 100 : 9));
@@ -69,7 +69,7 @@ TEST_P(GatherKernels, ExpandBitsGivesAByteForEachBit) {
             kernel(to, to_count, from, rest...);
         };
     };
-    for (int round = 0; round < 4000; ++round) {
+    for (size_t round = 0; round < rounds(4000); ++round) {
         const auto source = between<size_t>(random, 0, round % 50 == 0 ? 2000 : 30);
         const auto destination = between<size_t>(random, 0, 8 * source + 40);
         ASSERT_TRUE(same(random, source, destination, expand(fast().expand_bits), expand(plain().expand_bits),

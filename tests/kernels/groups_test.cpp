@@ -12,7 +12,7 @@ LEVEL_TESTS(GroupsKernels, fast_levels());
 TEST_P(GroupsKernels, CompleteEverySum) {
     Random random;
     constexpr int32_t kLimits[] = {INT32_MIN, -1, 0, 1, 255, 256, 765, 766, 1019, 1020, 1021, INT32_MAX};
-    for (int round = 0; round < 6000; ++round) {
+    for (size_t round = 0; round < rounds(6000); ++round) {
         const auto groups = between<size_t>(random, 0, round % 100 == 0 ? 2000 : 40);
         const int32_t limit = round % 2 ? kLimits[random() % std::size(kLimits)] : between(random, 0, 800);
         const bool zero_stays = random() % 2;
@@ -44,8 +44,8 @@ TEST_P(GroupsKernels, ReplaceWhatIsSimilar) {
                                       -kInfinity,
                                       std::numeric_limits<double>::quiet_NaN()};
     constexpr int32_t kReferences[] = {INT32_MIN, -200, -1, 0, 1, 255, 256, 300, INT32_MAX};
-    int replaced = 0;
-    for (int round = 0; round < 20000; ++round) {
+    size_t replaced = 0;
+    for (size_t round = 0; round < rounds(20000); ++round) {
         const auto groups = between<size_t>(random, 0, round % 100 == 0 ? 2000 : 40);
         const double tolerance = round % 2 ? kTolerances[random() % std::size(kTolerances)]
                                            : std::uniform_real_distribution(0.0, 1.2)(random);
@@ -69,7 +69,7 @@ TEST_P(GroupsKernels, ReplaceWhatIsSimilar) {
         ASSERT_TRUE(same_bytes(memory.bytes(), expected)) << "tolerance " << tolerance;
         ASSERT_TRUE(memory.untouched_around());
     }
-    EXPECT_GT(replaced, 1000);
+    EXPECT_GT(replaced, rounds(1000));
 }
 
 }  // namespace

@@ -15,7 +15,7 @@ struct InPlace {
 // Runs at every alignment, that fill their memory or lie inside it.
 inline void check_in_place(std::span<const InPlace> kernels) {
     Random random;
-    for (int round = 0; round < 4000; ++round) {
+    for (size_t round = 0; round < rounds(4000); ++round) {
         const size_t size = between<size_t>(random, 0, round % 100 == 0 ? 20000 : 200);
         const size_t start = round % 4 == 0 ? 0 : between<size_t>(random, 0, std::min<size_t>(size, 20));
         const size_t count = round % 3 == 0 ? size - start : between<size_t>(random, 0, size - start);

@@ -11,7 +11,7 @@ LEVEL_TESTS(MinMaxKernels, fast_levels());
 
 TEST_P(MinMaxKernels, ChooseElementAfterElement) {
     Random random;
-    for (int round = 0; round < 20000; ++round) {
+    for (size_t round = 0; round < rounds(20000); ++round) {
         const auto element = size_t(round) % kernels::kElements;
         const size_t width = size_t(1) << element / 2;
         const bool larger = round / 8 % 2;

@@ -39,14 +39,14 @@ TEST_P(ScaleKernels, AreExactForEverySampleAndFactor) {
     }
     Random random;
     // Factors at and beside fractions, whose products come close to whole numbers: there rounding decides.
-    for (int i = 0; i < 200; ++i) {
+    for (size_t i = 0; i < rounds(200); ++i) {
         const int q = between(random, 1, 256);
         const double fraction = between(random, 1, i % 2 ? q : 70000) / double(q);
         for (const double towards : {0.0, fraction, Limits::infinity()}) {
             factors.push_back(std::nextafter(fraction, towards));
         }
     }
-    for (int i = 0; i < 100; ++i) {
+    for (size_t i = 0; i < rounds(100); ++i) {
         factors.push_back(
             std::ldexp(std::uniform_real_distribution(0.5, 1.0)(random), between(random, -9, 9)));
     }

@@ -7,7 +7,7 @@ namespace {
 LEVEL_TESTS(SearchKernel, fast_levels());
 
 // Sizes of everyday ranges, and now and then a large one.
-size_t any_size(Random& random, int round) {
+size_t any_size(Random& random, size_t round) {
     return between<size_t>(random, 0, round % 100 == 0 ? 20000 : 300);
 }
 
@@ -15,7 +15,7 @@ size_t any_size(Random& random, int round) {
 // words.
 TEST_P(SearchKernel, FindsTheFirstByteThatIsOrIsNot) {
     Random random;
-    for (int round = 0; round < 4000; ++round) {
+    for (size_t round = 0; round < rounds(4000); ++round) {
         const size_t size = any_size(random, round);
         GuardedBytes memory(size, GuardedBytes::kBothSides[round % 2]);
         const uint16_t value = round % 3 == 0 ? 0 : between<uint16_t>(random, 0, 255);
@@ -42,7 +42,7 @@ TEST_P(SearchKernel, FindsTheFirstByteThatIsOrIsNot) {
 TEST_P(SearchKernel, FindsTheFirstWholePattern) {
     Random random;
     size_t found = 0;
-    for (int round = 0; round < 8000; ++round) {
+    for (size_t round = 0; round < rounds(8000); ++round) {
         const size_t size = any_size(random, round);
         const size_t length = between<size_t>(random, 1, round % 3 == 0 ? 90 : 5);
         const auto values = between<uint16_t>(random, 0, 2);
@@ -58,7 +58,7 @@ TEST_P(SearchKernel, FindsTheFirstWholePattern) {
             << length << " bytes in " << size;
         found += expected != kernels::kNotFound;
     }
-    EXPECT_GT(found, 3000U);
+    EXPECT_GT(found, rounds(3000));
 }
 
 // Words repeated, with a few bytes changed, and needles of such words: many places agree with nearly all of
@@ -74,7 +74,7 @@ TEST_P(SearchKernel, FindsPatternsInRepetitiveData) {
         return bytes;
     };
     size_t found = 0;
-    for (int round = 0; round < 1500; ++round) {
+    for (size_t round = 0; round < rounds(1500); ++round) {
         const std::string_view word = words[between<size_t>(random, 0, std::size(words) - 1)];
         const size_t size = between<size_t>(random, 600, 9000);
         const size_t length = between<size_t>(random, 2, round % 2 == 0 ? 70 : 600);
@@ -87,18 +87,18 @@ TEST_P(SearchKernel, FindsPatternsInRepetitiveData) {
             << length << " bytes in " << size;
         found += expected != kernels::kNotFound;
     }
-    EXPECT_GT(found, 500U);
-    EXPECT_LT(found, 1400U);
+    EXPECT_GT(found, rounds(500));
+    EXPECT_LT(found, rounds(1400));
 }
 
 // The range is said to be longer than the memory, which ends with the needle.
 TEST_P(SearchKernel, ReadsNothingBehindThePageInWhichTheFirstMatchEnds) {
     Random random;
-    for (int round = 0; round < 3000; ++round) {
+    for (size_t round = 0; round < rounds(3000); ++round) {
         const size_t size = between<size_t>(random, 1, round % 20 == 0 ? 9000 : 400);
         const size_t length = between<size_t>(random, 1, std::min<size_t>(size, round % 2 == 0 ? 20 : 300));
         GuardedBytes memory(size, GuardedBytes::kEnd);
-        for (uint8_t& byte : memory.bytes()) byte = uint8_t('a' + between(random, 0, round % 3));
+        for (uint8_t& byte : memory.bytes()) byte = uint8_t('a' + between<size_t>(random, 0, round % 3));
         memory.data()[size - 1] = 'z';
         const std::vector<uint8_t> needle(memory.data() + size - length, memory.data() + size);
         const size_t said = size + between<size_t>(random, 1, 10000);
@@ -113,7 +113,7 @@ TEST_P(SearchKernel, ReadsNothingBehindThePageInWhichTheFirstMatchEnds) {
 
 TEST_P(SearchKernel, ComparesAllBytesOfRangesThatMayOverlap) {
     Random random;
-    for (int round = 0; round < 4000; ++round) {
+    for (size_t round = 0; round < rounds(4000); ++round) {
         GuardedBytes first(any_size(random, round) + 1, GuardedBytes::kEnd, random);
         GuardedBytes second(first.copy(), GuardedBytes::kBothSides[round % 2]);
         const size_t size = first.size();

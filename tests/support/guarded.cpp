@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <map>
 #include <string>
@@ -38,6 +39,14 @@ uint32_t seed_of_run() {
 }  // namespace
 
 Random::Random() : std::minstd_rand(seed_of_run()) {}
+
+size_t rounds(size_t all) {
+    static const size_t every = [] {
+        const char* asked = std::getenv("SWEEP_EVERY");
+        return asked ? std::stoul(asked) : 1;
+    }();
+    return (all + every - 1) / every;
+}
 
 GuardedBytes::GuardedBytes(size_t size, Side side) : size_(size) {
     const size_t page = page_size();

@@ -22,6 +22,9 @@ Number between(Random& random, Number first, Number last) {
     return std::uniform_int_distribution<Number>(first, last)(random);
 }
 
+// Of so many rounds, those that are run: under something slow, every SWEEP_EVERY-th one, as the environment says.
+size_t rounds(size_t all);
+
 // Bytes between two inaccessible pages. They touch one of them; what remains of the pages in between on their
 // other side holds a pattern.
 class GuardedBytes {

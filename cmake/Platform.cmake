@@ -1,0 +1,13 @@
+# The names of system and processor in archives and in the bundle; what the bundle says of itself.
+string(TOLOWER ${CMAKE_SYSTEM_NAME} platform_system)
+if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(i.86|x86)$")
+  set(platform_processor x86)
+elseif(CMAKE_SYSTEM_PROCESSOR STREQUAL "AMD64")
+  set(platform_processor x86_64)
+else()
+  set(platform_processor ${CMAKE_SYSTEM_PROCESSOR})
+endif()
+set(version_and_platform "${PROJECT_VERSION} ${platform_system} ${platform_processor}")
+configure_file(cmake/version.h.in generated/version.h @ONLY)
+add_library(identity INTERFACE)
+target_include_directories(identity INTERFACE ${PROJECT_BINARY_DIR})
