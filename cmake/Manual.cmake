@@ -8,6 +8,4 @@ if(PANDOC)
     DEPENDS tools/manual docs/html/template.html docs/html/vb.xml ${manual_pages}
     VERBATIM)
   add_custom_target(manual ALL DEPENDS ${manual_html})
-  install(FILES ${manual_html} DESTINATION ${CMAKE_INSTALL_DOCDIR})
 endif()
-install(DIRECTORY docs/manual DESTINATION ${CMAKE_INSTALL_DOCDIR})
