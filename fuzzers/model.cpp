@@ -375,7 +375,7 @@ class Rules {
     const Block* block(size_t i) const { return arguments_[i].block; }
     const Text* text(size_t i) const { return arguments_[i].text; }
 
-    void returns(int32_t value) { expected.result.narrow = ffi_arg(ffi_sarg(value)); }
+    void returns(int32_t value) { expected.result.int64 = value; }
 
     // The ranges
 

@@ -408,9 +408,9 @@ std::string World::check_result(const Member& member, const Expected& expected,
         case Kind::Nothing:
             return "";
         case Kind::Integer:
-            return number(int32_t(returned.narrow), int32_t(expected.result.narrow));
+            return number(returned.integer, expected.result.integer);
         case Kind::Boolean:
-            return number(int8_t(returned.narrow), int8_t(expected.result.narrow));
+            return number(returned.boolean, expected.result.boolean);
         case Kind::Int64:
         case Kind::UInt64:
             return number(returned.int64, expected.result.int64);

@@ -49,6 +49,7 @@ Findings apart(const Subject& subject, const Options& options,
         },
         subject.limit);
     if (!result.end.empty()) {
+        Host::forget();
         const std::vector<std::string> note = unpacked(result.note);
         return {{note.at(0) + ": " + result.end, note.at(1)}};
     }

@@ -8,6 +8,7 @@
 #include <iostream>
 
 #include "minihost/check/catalogue.h"
+#include "minihost/platform/files.h"
 #include "minihost/program/json.h"
 #include "minihost/program/names.h"
 
@@ -86,7 +87,8 @@ std::optional<Request> parse(int argc, char** argv) {
         ->check(CLI::Range(0.01, 86400.0));
     app.add_flag("--json", request.json, "Print one JSON object");
     app.footer(
-        "\nExit status: 0 when every check passed, 1 when one failed or had to be skipped, 2 for a wrong command line.");
+        "\nExit status: 0 when every check passed, 1 when one failed or had to be skipped, 2 for a wrong "
+        "command line.");
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
@@ -96,7 +98,7 @@ std::optional<Request> parse(int argc, char** argv) {
     require_matches("--include", request.include);
     require_matches("--exclude", request.exclude);
     if (!request.list && bundle.empty()) throw UsageError("BUNDLE is missing; see minihost check --help");
-    request.subject.bundle = bundle;
+    request.subject.bundle = platform::path_named(bundle);
     request.subject.limit = std::chrono::milliseconds(int64_t(limit * 1000));
     return request;
 }

@@ -1,19 +1,19 @@
-#include <unistd.h>
-
 #include <cerrno>
 #include <cstring>
 
 #include "minihost/library/state.h"
+#include "minihost/platform/files.h"
 #include "minihost/platform/images.h"
 
 namespace minihost {
 namespace {
 
 void require_readable(const std::filesystem::path& bundle) {
-    if (access(bundle.c_str(), R_OK) != 0) throw LoadError(bundle.string() + ": " + std::strerror(errno));
     std::error_code ignored;
-    if (!std::filesystem::is_regular_file(bundle, ignored))
+    const auto status = std::filesystem::status(bundle, ignored);
+    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
         throw LoadError(bundle.string() + ": no regular file, so no bundle");
+    if (!platform::open_file(bundle, "rb")) throw LoadError(bundle.string() + ": " + std::strerror(errno));
 }
 
 void* load_image(const std::filesystem::path& bundle) {

@@ -1,13 +1,12 @@
 #include "minihost/library/encodings.h"
 
-#include <iconv.h>
-
 #include <algorithm>
 #include <bit>
 #include <cstdio>
 
 #include "minihost/library/host.h"
 #include "minihost/library/names.h"
+#include "minihost/platform/encodings.h"
 
 namespace minihost {
 namespace {
@@ -17,7 +16,7 @@ static_assert(std::endian::native == std::endian::little, "UTF-16 and UTF-32 are
 struct Encoding {
     uint32_t number;
     const char* name;
-    const char* iconv_name;
+    const char* system_name;
 };
 
 constexpr Encoding kEncodings[] = {
@@ -96,23 +95,7 @@ std::optional<std::string> convert_text(std::string_view bytes, uint32_t from, u
     const Encoding* source = find_encoding(from);
     const Encoding* target = find_encoding(to);
     if (!source || !target) return std::nullopt;
-    // A byte becomes 4 at the most, and some encodings change their state before and after.
-    std::string result(bytes.size() * 4 + 16, '\0');
-    const iconv_t converter = iconv_open(target->iconv_name, source->iconv_name);
-    // NOLINTNEXTLINE(performance-no-int-to-ptr): the failure value is an integer in a pointer's place
-    if (converter == reinterpret_cast<iconv_t>(intptr_t{-1})) return std::nullopt;
-
-    char* in = const_cast<char*>(bytes.data());
-    char* out = result.data();
-    size_t in_left = bytes.size();
-    size_t out_left = result.size();
-    constexpr auto kFailed = size_t(-1);
-    const bool converted = iconv(converter, &in, &in_left, &out, &out_left) != kFailed &&
-                           iconv(converter, nullptr, nullptr, &out, &out_left) != kFailed;
-    iconv_close(converter);
-    if (!converted) return std::nullopt;
-    result.resize(result.size() - out_left);
-    return result;
+    return platform::convert(bytes, source->system_name, target->system_name);
 }
 
 std::optional<uint32_t> encoding_number(std::string_view name) {
@@ -122,7 +105,7 @@ std::optional<uint32_t> encoding_number(std::string_view name) {
         if (same_name(plain_name(encoding.name), wanted)) return encoding.number;
     }
     for (const Encoding& encoding : kEncodings) {
-        if (same_name(plain_name(encoding.iconv_name), wanted)) return encoding.number;
+        if (same_name(plain_name(encoding.system_name), wanted)) return encoding.number;
     }
     return std::nullopt;
 }

@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "minihost/library/state.h"
+#include "minihost/platform/files.h"
 
 namespace minihost {
 namespace {
@@ -34,8 +35,10 @@ std::filesystem::path normal(const std::filesystem::path& path) {
     return full.has_filename() ? full : full.parent_path();
 }
 
-bool is_name(std::string_view name) {
-    return name != "." && name != ".." && name.find('/') == name.npos && name.find('\0') == name.npos;
+// Not the way to it.
+bool is_name(const std::string& name) {
+    return name != "." && name != ".." && name.find('\0') == name.npos &&
+           platform::path_named(name).filename().string() == name;
 }
 
 }  // namespace
@@ -75,7 +78,7 @@ std::optional<std::filesystem::path> Host::State::path_of(const FSSpec& spec) co
     const std::string name(reinterpret_cast<const char*>(spec.bytes) + kNameAt + 1, length);
     if (!is_name(name)) return std::nullopt;
     const auto& directory = directories[size_t(index)];
-    return name.empty() ? directory : directory / name;
+    return name.empty() ? directory : directory / platform::path_named(name);
 }
 
 ObjectRef Host::new_folder_item(const std::filesystem::path& path) {

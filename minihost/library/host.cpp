@@ -33,6 +33,8 @@ Host& Host::current() {
     return State::current->host;
 }
 
+void Host::forget() { State::current = nullptr; }
+
 void Host::load(const std::filesystem::path& bundle) {
     const EntryPoint entry = open_bundle(bundle);
     state_->load(bundle.string(), [entry] { entry(resolve); });

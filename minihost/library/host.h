@@ -123,6 +123,7 @@ class Host {
     Host& operator=(const Host&) = delete;
 
     static Host& current();                  // the Host that lives now
+    static void forget();                    // it was abandoned, as by a thread that has been ended
     static std::vector<std::string> keys();  // that the host knows unless the options say otherwise
 
     // Loads a bundle and calls its entry point. Throws LoadError for a file that is no bundle, lacks

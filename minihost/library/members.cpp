@@ -183,7 +183,7 @@ Value Host::State::call(const Callee& callee, const NativeCall& function, Words&
         case Kind::Nothing:
             break;
         case Kind::Integer:
-            value = int32_t(returned.narrow);
+            value = returned.integer;
             break;
         case Kind::Int64:
             value = returned.int64;
@@ -195,7 +195,7 @@ Value Host::State::call(const Callee& callee, const NativeCall& function, Words&
             value = returned.number;
             break;
         case Kind::Boolean:
-            value = int8_t(returned.narrow) != 0;
+            value = returned.boolean != 0;
             break;
         case Kind::Ptr:
             value = Pointer{returned.pointer};

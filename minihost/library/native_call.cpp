@@ -1,27 +1,34 @@
 #include "minihost/library/native_call.h"
 
-#include <stdexcept>
+#include <vector>
 
 namespace minihost {
 namespace {
 
-ffi_type* native_type(Kind kind) {
+using platform::Passed;
+
+Passed passed(Kind kind) {
     switch (kind) {
         case Kind::Nothing:
-            return &ffi_type_void;
+            return Passed::kNothing;
         case Kind::Integer:
-            return &ffi_type_sint32;
+            return Passed::kInt32;
         case Kind::Int64:
-            return &ffi_type_sint64;
         case Kind::UInt64:
-            return &ffi_type_uint64;
+            return Passed::kInt64;
         case Kind::Double:
-            return &ffi_type_double;
+            return Passed::kDouble;
         case Kind::Boolean:
-            return &ffi_type_sint8;
+            return Passed::kInt8;
         default:
-            return &ffi_type_pointer;
+            return Passed::kPointer;
     }
+}
+
+std::vector<Passed> all_passed(std::span<const Kind> kinds) {
+    std::vector<Passed> all;
+    for (const Kind kind : kinds) all.push_back(passed(kind));
+    return all;
 }
 
 }  // namespace
@@ -42,21 +49,6 @@ Word to_word(const Value& value) {
 }
 
 NativeCall::NativeCall(void* function, std::span<const Kind> parameters, Kind result)
-    : function_(reinterpret_cast<void (*)()>(function)) {
-    for (const Kind kind : parameters) types_.push_back(native_type(kind));
-    if (types_.size() > std::tuple_size_v<Words> ||
-        ffi_prep_cif(&interface_, FFI_DEFAULT_ABI, unsigned(types_.size()), native_type(result),
-                     types_.data()) != FFI_OK) {
-        throw std::invalid_argument("there is no call with such parameters");
-    }
-}
-
-Word NativeCall::operator()(Words& arguments) const {
-    std::array<void*, std::tuple_size_v<Words>> addresses;
-    for (size_t i = 0; i < types_.size(); ++i) addresses[i] = &arguments[i];
-    Word result = {};
-    ffi_call(const_cast<ffi_cif*>(&interface_), function_, &result, addresses.data());
-    return result;
-}
+    : platform::NativeCall(function, all_passed(parameters), passed(result)) {}
 
 }  // namespace minihost

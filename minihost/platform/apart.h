@@ -1,4 +1,4 @@
-// Work that may crash, hang or end the program, in a process of its own.
+// Work that may crash, hang or end the program, apart from it.
 #pragma once
 
 #include <chrono>
@@ -22,8 +22,9 @@ struct Apart {
 };
 
 // Runs the work in a copy of this process, which is ended after `limit`. It has no standard input, and what
-// it prints is dropped. Throws std::runtime_error with the text of what the work throws, and where there is
-// no process to be had.
+// it prints is dropped. Where a system has no such copies, the work runs in this process and is ended in it,
+// which leaves all that it holds as it was then. Throws std::runtime_error with the text of what the work
+// throws, and where there is no process to be had.
 Apart run_apart(const std::function<std::string(Note&)>& work, std::chrono::milliseconds limit);
 
 }  // namespace minihost::platform

@@ -1,8 +1,5 @@
 #include "minihost/program/files.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -27,7 +24,7 @@ int keep_open(std::FILE*) { return 0; }
 [[noreturn]] void fail(const char* what, const std::string& name) { fail(what, name, std::strerror(errno)); }
 
 void write_to(const fs::path& target, const char* mode, std::string_view bytes, const fs::path& path) {
-    std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(target.c_str(), mode), std::fclose);
+    platform::File file = platform::open_file(target, mode);
     if (!file || std::fwrite(bytes.data(), 1, bytes.size(), file.get()) != bytes.size())
         fail("cannot write", path.string());
     if (std::fclose(file.release()) != 0) fail("cannot write", path.string());
@@ -35,23 +32,17 @@ void write_to(const fs::path& target, const char* mode, std::string_view bytes, 
 
 }  // namespace
 
-InputFile::InputFile(const fs::path& path)
-    : file_(std::fopen(path.c_str(), "rb"), std::fclose), name_(path.string()) {
+InputFile::InputFile(const fs::path& path) : file_(platform::open_file(path, "rb")), name_(path.string()) {
     if (!file_) fail("cannot read", name_);
 }
 
 InputFile::InputFile(std::FILE* file, std::string name) : file_(file, keep_open), name_(std::move(name)) {}
 
-std::optional<int64_t> InputFile::size() const {
-    struct stat status = {};
-    if (fstat(fileno(file_.get()), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
-    // The kernel's own files say 0 whatever they hold.
-    return status.st_size > 0 ? std::optional<int64_t>(status.st_size) : std::nullopt;
-}
+std::optional<int64_t> InputFile::size() const { return platform::regular_size(file_.get()); }
 
 void InputFile::skip(int64_t count) {
     if (size()) {
-        if (fseeko(file_.get(), off_t(count), SEEK_SET) != 0) fail("cannot read", name_);
+        if (!platform::seek(file_.get(), count)) fail("cannot read", name_);
         return;
     }
     std::string ignored(kPiece, '\0');
@@ -111,13 +102,13 @@ void write_file(const fs::path& path, std::string_view bytes) {
     const fs::file_status old = fs::status(target, error);
     if (fs::exists(old) && !fs::is_regular_file(old)) return write_to(target, "wb", bytes, path);
 
-    fs::path beside = target;
-    beside += '.';
-    beside += std::to_string(getpid());
-    beside += ".part";
+    const fs::path beside = platform::name_beside(target);
     struct Removed {
         const fs::path& file;
-        ~Removed() { std::remove(file.c_str()); }
+        ~Removed() {
+            std::error_code ignored;
+            fs::remove(file, ignored);
+        }
     };
     const Removed removed{beside};
     write_to(beside, "wb", bytes, path);

@@ -5,12 +5,13 @@
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
-#include <memory>
 #include <optional>
 #include <span>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+
+#include "minihost/platform/files.h"
 
 namespace minihost {
 
@@ -41,7 +42,7 @@ class InputFile {
     [[noreturn]] void fail_too_large() const;
 
  private:
-    std::unique_ptr<std::FILE, int (*)(std::FILE*)> file_;
+    platform::File file_;
     std::string name_;
 };
 

@@ -1,7 +1,4 @@
 // minihost runs scripts in the host's language against a bundle.
-#include <sys/ioctl.h>
-#include <unistd.h>
-
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <charconv>
@@ -15,6 +12,7 @@
 #include "minihost/check/command.h"
 #include "minihost/library/crashes.h"
 #include "minihost/library/trace.h"
+#include "minihost/platform/program.h"
 #include "minihost/program/files.h"
 #include "minihost/program/help.h"
 #include "minihost/program/names.h"
@@ -48,7 +46,7 @@ struct UsageError : std::runtime_error {
 // Beside the program, or where an installation puts it.
 fs::path default_bundle() {
     std::error_code error;
-    const fs::path folder = fs::read_symlink("/proc/self/exe", error).parent_path();
+    const fs::path folder = minihost::platform::program_file().parent_path();
     const fs::path beside = folder / MINIHOST_BUNDLE_NAME;
     return fs::exists(beside, error)
                ? beside
@@ -83,14 +81,13 @@ minihost::Options host_options(const CommandLine& line) {
 
 // Blocks as the terminal can show them; whole, and without colour, where there is none.
 minihost::HexDump::Style dump_style() {
-    if (!isatty(STDOUT_FILENO)) return {};
+    if (!minihost::platform::is_terminal(stdout)) return {};
     const char* no_colour = std::getenv("NO_COLOR");
-    winsize size = {};
-    const bool known = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
     constexpr int kUsualColumns = 80;
     constexpr size_t kMostLines = 200;
+    const int columns = minihost::platform::terminal_columns(stdout).value_or(kUsualColumns);
     return {.colour = !(no_colour && *no_colour),
-            .line = minihost::HexDump::line_for(known ? size.ws_col : kUsualColumns),
+            .line = minihost::HexDump::line_for(columns),
             .most = kMostLines};
 }
 
@@ -161,10 +158,11 @@ void run_input(minihost::Host& host, const CommandLine& line) {
     const std::string script = line.rest.empty() ? "-" : line.rest[0];
     if (!line.rest.empty()) settings.arguments.erase(settings.arguments.begin());
     if (script != "-") {
-        if (fs::path(script).has_parent_path()) settings.script_folder = fs::path(script).parent_path();
-        return run(script, minihost::InputFile(fs::path(script)).read_rest());
+        const fs::path file = minihost::platform::path_named(script);
+        if (file.has_parent_path()) settings.script_folder = file.parent_path();
+        return run(script, minihost::InputFile(file).read_rest());
     }
-    if (!line.rest.empty() || !isatty(STDIN_FILENO))
+    if (!line.rest.empty() || !minihost::platform::is_terminal(stdin))
         return run("stdin", minihost::InputFile(stdin, "standard input").read_rest());
     settings.interactive = true;
     minihost::Session session(host, std::cout, settings);
@@ -172,7 +170,7 @@ void run_input(minihost::Host& host, const CommandLine& line) {
 }
 
 void load_bundle(minihost::Host& host, const CommandLine& line) {
-    const fs::path bundle = line.plugin ? fs::path(*line.plugin) : default_bundle();
+    const fs::path bundle = line.plugin ? minihost::platform::path_named(*line.plugin) : default_bundle();
     if (!line.plugin && !fs::exists(bundle)) {
         throw std::runtime_error("there is no bundle " + bundle.string() +
                                  "; --plugin FILE says where another one is");
@@ -212,6 +210,7 @@ int run_host(const CommandLine& line) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    minihost::platform::begin_program(argc, argv);
     if (argc > 1 && std::string_view(argv[1]) == "check")
         return minihost::check::run_command(argc - 1, argv + 1);
     try {

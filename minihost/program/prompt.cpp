@@ -1,9 +1,9 @@
 #include "minihost/program/prompt.h"
 
 #include <algorithm>
-#include <csignal>
 #include <iostream>
 
+#include "minihost/platform/program.h"
 #include "minihost/program/line_editor.h"
 #include "minihost/program/names.h"
 
@@ -23,9 +23,7 @@ std::string trimmed(const std::string& line) {
 void run_prompt(Session& session) {
     const auto editor = make_line_editor(session);
     std::cout << "minihost: statements of the host's language. help lists what there is, quit ends.\n";
-    struct sigaction action = {};
-    action.sa_handler = interrupt;  // a read that waits does not go on
-    sigaction(SIGINT, &action, nullptr);
+    platform::on_interrupt(interrupt);
     std::string text;  // that is not whole yet
     for (;;) {
         if (Runtime::interrupted) std::cout.clear();  // what was being written is cut off

@@ -1,10 +1,9 @@
 // The six copy members: ranges, overlaps, raw addresses and handles.
-#include <sys/mman.h>
-
 #include <algorithm>
 #include <cstring>
 
 #include "tests/support/bundle_test.h"
+#include "tests/support/system.h"
 
 namespace {
 
@@ -24,23 +23,20 @@ class CopyTest : public MemberTest {
 // A page at an address that fits the 32 bits in which handles travel.
 class LowPage {
  public:
-    explicit LowPage(uintptr_t address) {
-        const int flags = MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED_NOREPLACE;
-        page_ = mmap(reinterpret_cast<void*>(address), kSize, PROT_READ | PROT_WRITE, flags, -1, 0);
-    }
+    explicit LowPage(uintptr_t address) : page_(map_at(address, kSize)) {}
     ~LowPage() {
-        if (mapped()) munmap(page_, kSize);
+        if (mapped()) unmap(page_, kSize);
     }
     LowPage(const LowPage&) = delete;
     LowPage& operator=(const LowPage&) = delete;
 
-    bool mapped() const { return page_ != MAP_FAILED; }
+    bool mapped() const { return page_ != nullptr; }
     int32_t handle() const { return int32_t(uint32_t(uintptr_t(page_))); }
     void set_master_pointer(void* data) { std::memcpy(page_, &data, sizeof data); }
 
  private:
     static constexpr size_t kSize = 4096;
-    void* page_;
+    uint8_t* page_;
 };
 
 TEST_F(CopyTest, RangesAreCopiedWholeOrNotAtAll) {

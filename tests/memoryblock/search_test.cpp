@@ -1,10 +1,9 @@
 // The searching and comparing members: ranges, patterns, and what they answer when there is nothing to
 // search.
-#include <sys/mman.h>
-
 #include <algorithm>
 
 #include "tests/support/bundle_test.h"
+#include "tests/support/system.h"
 
 using namespace std::string_view_literals;
 
@@ -156,10 +155,8 @@ TEST_F(SearchTest, AnUnknownSizeLeavesTheRangeToTheCaller) {
 TEST_F(SearchTest, WhatNoOffsetCanTellIsNotFound) {
     constexpr size_t kTail = 128 * 1024;
     constexpr size_t kSize = size_t(INT32_MAX) + 1 + kTail / 2;
-    void* memory = mmap(nullptr, kSize, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-    if (memory == MAP_FAILED) GTEST_SKIP() << "no room for 2 GiB of addresses";
-    auto* data = static_cast<uint8_t*>(memory);
-    ASSERT_EQ(mprotect(data + kSize - kTail, kTail, PROT_READ | PROT_WRITE), 0);
+    uint8_t* data = map_tail(kSize, kTail);
+    if (!data) GTEST_SKIP() << "no room for 2 GiB of addresses";
     data[INT32_MAX - 1] = 7;
     data[size_t(INT32_MAX) + 9] = 8;
     const ObjectRef open = host().new_view(data);
@@ -168,7 +165,7 @@ TEST_F(SearchTest, WhatNoOffsetCanTellIsNotFound) {
     EXPECT_EQ(find("FindStringZOR", open, {start, 100, text("\x07")}), INT32_MAX - 1);
     EXPECT_EQ(find("FindByteZOR", open, {start, 100, 8}), -1);
     EXPECT_EQ(find("FindStringZOR", open, {start, 100, text("\x08")}), -1);
-    munmap(memory, kSize);
+    unmap(data, kSize);
 }
 
 TEST_F(SearchTest, NilHasItsOwnAnswers) {

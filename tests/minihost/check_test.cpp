@@ -9,6 +9,7 @@
 #include "minihost/check/catalogue.h"
 #include "minihost/check/command.h"
 #include "minihost/program/session.h"
+#include "tests/support/system.h"
 
 using namespace minihost;
 using namespace minihost::check;
@@ -36,11 +37,11 @@ std::string failures(const Outcomes& outcomes) {
 }
 
 std::string outcome_of(const char* fault) {
-    setenv("FAULT", fault, 1);
+    set_variable("FAULT", fault);
     Subject subject{.bundle = FAULTY_BUNDLE, .calls = 60};
     if (std::string(fault) == "hang") subject.limit = std::chrono::milliseconds(1000);
     const std::string lines = failures(outcomes(subject));
-    unsetenv("FAULT");
+    set_variable("FAULT", nullptr);
     return lines;
 }
 

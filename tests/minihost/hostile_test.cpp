@@ -9,6 +9,7 @@
 #include "minihost/library/trace.h"
 #include "tests/minihost/failing_allocations.h"
 #include "tests/minihost/host_operations.h"
+#include "tests/support/system.h"
 
 using namespace minihost;
 
@@ -42,7 +43,7 @@ TEST_F(HostileBundle, CrashesNameBundleMemberAndPlace) {
     ends([&] { host_.new_instance("CrashAtDeath"); }, "the destructor of CrashAtDeath .segmentation fault.");
     ends(
         [&] {
-            setenv("HOSTILE", "crash", 1);
+            set_variable("HOSTILE", "crash");
             host_.load(kHostile);
         },
         "REALPluginMain .segmentation fault.");
@@ -58,10 +59,10 @@ TEST_F(HostileBundle, CrashesNameBundleMemberAndPlace) {
 }
 
 TEST_F(HostileBundle, CppExceptionsAreCaughtAndNamed) {
-    setenv("HOSTILE", "throw", 1);
+    set_variable("HOSTILE", "throw");
     EXPECT_EQ(thrown<LoadError>([&] { load(); }),
               "REALPluginMain of " + kHostile + " threw a C++ exception of an unknown type");
-    unsetenv("HOSTILE");
+    set_variable("HOSTILE", nullptr);
     load();
     EXPECT_EQ(thrown<BundleError>([&] { host_.call_global("ThrowNumber"); }),
               "ThrowNumber of " + kHostile + " threw a C++ exception of an unknown type");

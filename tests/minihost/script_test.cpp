@@ -1,10 +1,9 @@
 // Scripts, run in this process: what they print, and what is said about mistakes.
 #include <gtest/gtest.h>
-#include <sys/resource.h>
+#include <unistd.h>
 
 #include <bit>
 #include <cmath>
-#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <memory_resource>
@@ -15,6 +14,7 @@
 #include "minihost/program/picture.h"
 #include "minihost/program/session.h"
 #include "tests/support/bundle_test.h"
+#include "tests/support/system.h"
 
 using namespace minihost;
 namespace fs = std::filesystem;
@@ -151,30 +151,30 @@ TEST_F(Script, LimitsNestingAndLength) {
 }
 
 TEST_F(Script, BoundsWhatItReads) {
-    EXPECT_THROW(InputFile("/dev/zero").read_rest(5'000'000), FileError);
-    Runtime::interrupted = 1;
-    EXPECT_THROW(InputFile("/dev/zero").read_rest(), Interrupted);
-    Runtime::interrupted = 0;
     std::ofstream("large").close();
     fs::resize_file("large", 3'000'000'000);  // without bytes on the disk
     EXPECT_EQ(
         run("Print ReadFile(\"large\").Size"),
         "s:1:7: IOException: cannot read large: it has more than the 2147483646 bytes that a block holds\n");
+    if (!fs::exists("/dev/zero")) GTEST_SKIP() << "NOT TESTED: this system has no file without an end";
+    EXPECT_THROW(InputFile("/dev/zero").read_rest(5'000'000), FileError);
+    Runtime::interrupted = 1;
+    EXPECT_THROW(InputFile("/dev/zero").read_rest(), Interrupted);
+    Runtime::interrupted = 0;
 }
 
 TEST_F(Script, LeavesTheOldFileWhenWritingFails) {
     run("WriteFile(\"old\", BlockFromHex(\"41\"))");
-    rlimit limit;
-    getrlimit(RLIMIT_FSIZE, &limit);
-    const rlimit small = {.rlim_cur = 10000, .rlim_max = limit.rlim_max};
-    const auto handler = signal(SIGXFSZ, SIG_IGN);
-    setrlimit(RLIMIT_FSIZE, &small);
-    const std::string file = run("WriteFile(\"old\", New MemoryBlock(20000))");
-    const std::string picture =
-        run("Dim b As New MemoryBlock(90000)\nFor i As Integer = 0 To 22000\n"
-            "b.Int32Value(i * 4) = i * i + i\nNext\nWritePicture(\"old\", b, 300, 300)");
-    setrlimit(RLIMIT_FSIZE, &limit);
-    signal(SIGXFSZ, handler);
+    std::string file;
+    std::string picture;
+    {
+        const Limit small(Limit::kFileSize, 10000);
+        if (!small) GTEST_SKIP() << "NOT TESTED: this system has no limits of files";
+        file = run("WriteFile(\"old\", New MemoryBlock(20000))");
+        picture =
+            run("Dim b As New MemoryBlock(90000)\nFor i As Integer = 0 To 22000\n"
+                "b.Int32Value(i * 4) = i * i + i\nNext\nWritePicture(\"old\", b, 300, 300)");
+    }
     EXPECT_EQ(file, "s:1:1: IOException: cannot write old: File too large\n");
     EXPECT_EQ(picture, "s:5:1: IOException: cannot write old: File too large\n");
     EXPECT_EQ(run("WriteFile(\"old/new\", New MemoryBlock(1))"),
@@ -186,7 +186,9 @@ TEST_F(Script, LeavesTheOldFileWhenWritingFails) {
 TEST_F(Script, KeepsLinksAndPermissions) {
     run("WriteFile(\"old\", BlockFromHex(\"41\"))");
     fs::permissions("old", fs::perms::owner_all);
-    fs::create_symlink("old", "link");
+    std::error_code error;
+    fs::create_symlink("old", "link", error);
+    if (error) GTEST_SKIP() << "NOT TESTED: no links can be made here";
     EXPECT_EQ(run("WriteFile(\"link\", BlockFromHex(\"42\"))\nPrint ReadFile(\"old\").Byte(0)"), "66\n");
     EXPECT_TRUE(fs::is_symlink("link"));
     EXPECT_EQ(fs::status("old").permissions(), fs::perms::owner_all);

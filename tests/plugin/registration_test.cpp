@@ -1,6 +1,4 @@
 // What the bundle registers with each host, read from the records as the host receives them.
-#include <dlfcn.h>
-
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -11,8 +9,10 @@
 #include <map>
 #include <set>
 
+#include "minihost/library/state.h"
 #include "plugin/host.h"
 #include "tests/support/bundle_test.h"
+#include "tests/support/system.h"
 
 namespace {
 
@@ -30,10 +30,7 @@ const std::vector<std::string> kStartKeys = {"RegisterPluginVersion", "REALGetRB
 
 // Where a function lies in the bundle's image, which is another one at every load; -1 for nil.
 ptrdiff_t place(void (*function)()) {
-    if (!function) return -1;
-    Dl_info info = {};
-    void* address = reinterpret_cast<void*>(function);
-    return dladdr(address, &info) ? static_cast<char*>(address) - static_cast<char*>(info.dli_fbase) : -2;
+    return function ? place_in_image(reinterpret_cast<void*>(function)) : -1;
 }
 
 // A record as it lies in memory, what fills the gaps between its fields included.
@@ -209,10 +206,7 @@ void* counting_resolver(const char* key) {
 }
 
 TEST(EntryPoint, AsksForWhatItNeedsInOrderAndOnce) {
-    void* bundle = dlopen(MINIHOST_BUNDLE, RTLD_NOW | RTLD_LOCAL);
-    ASSERT_NE(bundle, nullptr) << dlerror();
-    const auto main = reinterpret_cast<void (*)(Resolver)>(dlsym(bundle, "REALPluginMain"));
-    ASSERT_NE(main, nullptr);
+    const minihost::EntryPoint main = minihost::open_bundle(MINIHOST_BUNDLE);
     version_of_host = 2013.0;
     main(counting_resolver);
     EXPECT_EQ(announced, 11);
@@ -227,7 +221,6 @@ TEST(EntryPoint, AsksForWhatItNeedsInOrderAndOnce) {
                                                     {"PluginRegisterClass", 2},
                                                     {"PluginRegisterMethod", 1}}));
     main(+[](const char*) -> void* { return nullptr; });
-    dlclose(bundle);
 }
 
 // An old host gets records that were made for it; a second start must not make them anew.
@@ -241,9 +234,7 @@ void* resolver_of_an_old_host(const char* key) {
 }
 
 TEST(EntryPoint, ASecondStartOnAnOldHostHandsOverTheSameRecords) {
-    void* bundle = dlopen(MINIHOST_BUNDLE, RTLD_NOW | RTLD_LOCAL);
-    ASSERT_NE(bundle, nullptr) << dlerror();
-    const auto main = reinterpret_cast<void (*)(Resolver)>(dlsym(bundle, "REALPluginMain"));
+    const minihost::EntryPoint main = minihost::open_bundle(MINIHOST_BUNDLE);
     main(resolver_of_an_old_host);
     main(resolver_of_an_old_host);
     ASSERT_EQ(handed_over.size(), 4u);
@@ -253,7 +244,6 @@ TEST(EntryPoint, ASecondStartOnAnOldHostHandsOverTheSameRecords) {
         std::free(handed_over[i].properties);  // the host's, which outlive the bundle
         std::free(handed_over[i].methods);
     }
-    dlclose(bundle);
 }
 
 }  // namespace

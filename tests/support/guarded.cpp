@@ -7,7 +7,7 @@
 #include <map>
 #include <string>
 
-#include "tests/support/pages.h"
+#include "tests/support/system.h"
 
 namespace {
 

@@ -19,7 +19,7 @@ fs::path path_argument(Runtime& runtime, const Value& text) {
     const std::string_view path = bytes_of(runtime, text);
     if (path.find('\0') != path.npos)
         throw FileError("a path has no zero bytes, found " + in_quotes(printable(path)));
-    return path;
+    return platform::path_named(path);
 }
 
 // What the file has left, up to the size of the block, which the script gets if that is all of it.
