@@ -136,10 +136,9 @@ struct WordOfGroups {
     unsigned phase;    // the bit of a word with which its first group begins
 
     // The most that fit into a word if the next word begins a number of whole bytes later, in the same phase;
-    // 0 where none do.
-    WordOfGroups(uint64_t bit, uint64_t bits, uint64_t step) : at_once(0), phase(unsigned(bit % 8)) {
+    // 0 for groups of more bits than are stored at a time; of others, one fits in any phase.
+    WordOfGroups(uint64_t bit, uint64_t bits, uint64_t step) : phase(unsigned(bit % 8)) {
         const unsigned whole_bytes = step % 8 == 0 ? 1 : step % 4 == 0 ? 2 : step % 2 == 0 ? 4 : 8;
-        if (phase + bits > 64 || bits > BitWriter::kBits) return;
         const uint64_t most = smaller<uint64_t>((64 - phase - bits) / step + 1, BitWriter::kBits / bits);
         at_once = unsigned(most - most % whole_bytes);
     }
