@@ -26,7 +26,9 @@ expect() {
         faults=1
     }
 }
+# shellcheck disable=SC2317  # which expect calls
 has() { grep -Eq "$2" <<<"$1"; }
+# shellcheck disable=SC2317
 lacks() { ! has "$@"; }
 
 expect "exports: $exported" [ "$exported" = "T REALPluginMain" ]

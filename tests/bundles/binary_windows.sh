@@ -7,7 +7,7 @@ set -euo pipefail
 bundle=$1 objdump=$2 nm=$3
 headers=$("$objdump" --private-headers "$bundle")
 exported=$(sed -n '/^\[Ordinal\/Name Pointer\] Table/,/^$/s/^.*\[ *[0-9]*\].* //p' <<<"$headers" | xargs)
-needed=$(sed -n 's/.*DLL Name: //p' <<<"$headers" | tr A-Z a-z | sort -u | grep -vx kernel32.dll | xargs)
+needed=$(sed -n 's/.*DLL Name: //p' <<<"$headers" | tr '[:upper:]' '[:lower:]' | sort -u | grep -vx kernel32.dll | xargs)
 sections=$("$objdump" --section-headers "$bundle")
 code=$("$objdump" --disassemble --demangle --no-show-raw-insn "$bundle")
 
@@ -20,7 +20,9 @@ expect() {
         faults=1
     }
 }
+# shellcheck disable=SC2317  # which expect calls
 has() { grep -Eq "$2" <<<"$1"; }
+# shellcheck disable=SC2317
 lacks() { ! has "$@"; }
 
 expect "exports: $exported" [ "$exported" = REALPluginMain ]
