@@ -207,10 +207,15 @@ bool matches_library(bool all_floats) {
 
 int main(int arguments, char**) {
 #ifdef __AVX512VBMI__
-    if (!__builtin_cpu_supports("avx512vbmi") || !__builtin_cpu_supports("gfni")) {
+    const bool runs = __builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("gfni");
+#elif defined(__FMA__)
+    const bool runs = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma");
+#elif defined(__SSE4_2__)
+    const bool runs = __builtin_cpu_supports("sse4.2") && __builtin_cpu_supports("popcnt");
 #else
-    if (!__builtin_cpu_supports("avx2") || !__builtin_cpu_supports("fma")) {
+    const bool runs = true;
 #endif
+    if (!runs) {
         std::puts("NOT TESTED: this machine lacks the level's instructions");
         return 77;
     }
