@@ -211,7 +211,7 @@ class Writer {
 
     std::string self(const Argument& argument, const std::string& owner) {
         if (const auto* block = std::get_if<Block>(&argument)) return block_name(block->index);
-        const std::string name = std::string("self").append(std::to_string(++declared_));
+        std::string name = std::string("self").append(std::to_string(++declared_));
         declare(name + " As " + owner +
                 (std::holds_alternative<Nil>(argument) ? "" : " = " + list({argument})));
         return name;
@@ -245,7 +245,7 @@ class Writer {
         return "1";
     }
     std::string text_of(const New& made) {
-        const std::string name = std::string("new").append(std::to_string(++declared_));
+        std::string name = std::string("new").append(std::to_string(++declared_));
         declare(name + " As New " + made.class_name);
         return name;
     }
@@ -383,7 +383,7 @@ void Arena::place(const std::vector<std::string>& blocks, Place place) {
         const size_t room = pages.size() - size;
         uint8_t* data = pages.data() + (place == kStart ? 0 : place == kEnd ? room : room / 2);
         std::memset(pages.data(), kPattern, pages.size());
-        std::memcpy(data, blocks[i].data(), size);
+        std::ranges::copy(blocks[i], data);
         data_.push_back(data);
         sizes_.push_back(size);
     }
