@@ -14,9 +14,9 @@ enum class Passed { kNothing, kInt8, kInt32, kInt64, kDouble, kPointer };
 
 // One argument or result. Of a number that is narrower than the word only its own bytes count.
 union Word {
+    int64_t int64;
     int8_t boolean;
     int32_t integer;
-    int64_t int64;
     uint64_t uint64;
     double number;
     void* pointer;
