@@ -1,8 +1,7 @@
 #!/usr/bin/env bash
 # What the bundle's file promises: binary.sh BUNDLE OBJDUMP, the tool that knows the bundle's processor
 # One exported symbol, nothing needed but libc and libm, of glibc 2.17 at the newest (RISC-V: 2.27, the first that knew
-# it), full RELRO, no code that runs at load time, and float
-# arithmetic as it is written.
+# it), full RELRO, no code that runs at load time, and float arithmetic as it is written.
 set -euo pipefail
 bundle=$1
 objdump=$2
@@ -17,19 +16,8 @@ oldest=GLIBC_2.17
 ! grep -q "Machine:.*RISC-V" <<<"$(readelf --file-header "$bundle")" || oldest=GLIBC_2.27
 newest=$(sort -V <<<"$versions" | tail -1)
 
-faults=0
-expect() {
-    local what=$1
-    shift
-    "$@" || {
-        echo "$bundle: $what" >&2
-        faults=1
-    }
-}
-# shellcheck disable=SC2317  # which expect calls
-has() { grep -Eq "$2" <<<"$1"; }
-# shellcheck disable=SC2317
-lacks() { ! has "$@"; }
+# shellcheck source=tests/bundles/expect.sh
+source "$(dirname "${BASH_SOURCE[0]}")/expect.sh"
 
 expect "exports: $exported" [ "$exported" = "T REALPluginMain" ]
 expect "needs: $needed" [ "$needed" = "libc.so.6 libm.so.6" ]

@@ -11,19 +11,8 @@ needed=$(sed -n 's/.*DLL Name: //p' <<<"$headers" | tr '[:upper:]' '[:lower:]' |
 sections=$("$objdump" --section-headers "$bundle")
 code=$("$objdump" --disassemble --demangle --no-show-raw-insn "$bundle")
 
-faults=0
-expect() {
-    local what=$1
-    shift
-    "$@" || {
-        echo "$bundle: $what" >&2
-        faults=1
-    }
-}
-# shellcheck disable=SC2317  # which expect calls
-has() { grep -Eq "$2" <<<"$1"; }
-# shellcheck disable=SC2317
-lacks() { ! has "$@"; }
+# shellcheck source=tests/bundles/expect.sh
+source "$(dirname "${BASH_SOURCE[0]}")/expect.sh"
 
 expect "exports: $exported" [ "$exported" = REALPluginMain ]
 expect "needs: $needed" [ "$needed" = msvcrt.dll ]
