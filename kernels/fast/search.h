@@ -456,26 +456,25 @@ struct ShortNeedle {
             if (i == last_vector) return kNotFound;
         }
     }
-
-    // All of the haystack may be read by vectors if it lies in one page.
-    size_t find(const uint8_t* haystack, size_t starts) const {
-        const bool by_vectors = starts >= kVector && starts + m - 1 <= left_in_page(haystack);
-        return by_vectors ? find_by_vectors(haystack, starts) : find_singly(haystack, starts);
-    }
 };
 
-size_t find_short(const uint8_t* haystack, size_t starts, const uint8_t* needle, size_t m) {
-    if (m >= 8) return ShortNeedle<uint64_t>{needle, m}.find(haystack, starts);
-    if (m >= 4) return ShortNeedle<uint32_t>{needle, m}.find(haystack, starts);
-    return ShortNeedle<uint16_t>{needle, m}.find(haystack, starts);
+template <class Word>
+inline size_t find_short(const uint8_t* haystack, size_t starts, ShortNeedle<Word> needle, bool by_vectors) {
+    return by_vectors ? needle.find_by_vectors(haystack, starts) : needle.find_singly(haystack, starts);
 }
 
 size_t find(const uint8_t* haystack, size_t n, const uint8_t* needle, size_t m) {
     if (m > n) return kNotFound;
     if (m == 1) return find_byte(haystack, n, needle[0]);
     const size_t starts = n - m + 1;
-    if (m <= 2 * kWord && (starts <= kFewStarts || (starts <= kShortSearch && n <= left_in_page(haystack))))
-        return find_short(haystack, starts, needle, m);
+    // What lies in one page may be read by vectors.
+    const bool in_page = n <= left_in_page(haystack);
+    if (m <= 2 * kWord && starts <= (in_page ? kShortSearch : kFewStarts)) {
+        const bool by_vectors = in_page && starts >= kVector;
+        if (m >= 8) return find_short(haystack, starts, ShortNeedle<uint64_t>{needle, m}, by_vectors);
+        if (m >= 4) return find_short(haystack, starts, ShortNeedle<uint32_t>{needle, m}, by_vectors);
+        return find_short(haystack, starts, ShortNeedle<uint16_t>{needle, m}, by_vectors);
+    }
     Search search = {haystack, needle, m, starts, {}};
     search.spread_probes();
     // Choosing costs as much as searching some hundred bytes.
