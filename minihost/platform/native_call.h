@@ -13,6 +13,7 @@ namespace minihost::platform {
 enum class Passed { kNothing, kInt8, kInt32, kInt64, kDouble, kPointer };
 
 // One argument or result. Of a number that is narrower than the word only its own bytes count.
+// The whole word comes first, so that Word{} clears all of it.
 union Word {
     int64_t int64;
     int8_t boolean;

@@ -43,15 +43,8 @@ struct UsageError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// Beside the program, or where an installation puts it.
-fs::path default_bundle() {
-    std::error_code error;
-    const fs::path folder = minihost::platform::program_file().parent_path();
-    const fs::path beside = folder / MINIHOST_BUNDLE_NAME;
-    return fs::exists(beside, error)
-               ? beside
-               : (folder / MINIHOST_BUNDLE_FOLDER / MINIHOST_BUNDLE_NAME).lexically_normal();
-}
+// Beside the program.
+fs::path default_bundle() { return minihost::platform::program_file().parent_path() / MINIHOST_BUNDLE_NAME; }
 
 std::optional<double> host_version(const std::string& text) {
     if (text == "none") return std::nullopt;
