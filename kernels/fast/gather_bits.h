@@ -52,6 +52,12 @@ class BitWriter {
         pending_ %= 8;
     }
 
+    // The same for whole bytes of up to 64 bits, when no bits are pending.
+    void append_bytes(uint64_t bits, unsigned count) {
+        store(at_, bytes_reversed(bits << (64 - count)));
+        at_ += count / 8;
+    }
+
     // Leaves out whole bytes, which somebody else stores. No bits may be pending.
     void skip(size_t count) { at_ += count; }
 
@@ -66,14 +72,13 @@ class BitWriter {
     unsigned pending_;
 };
 
-// Whether words may be stored late and taken early: every store stays behind the bits that are still to be
-// taken, or the destination lies wholly behind the source. The source moves at least as fast.
-inline bool bits_in_any_order(const uint8_t* destination, uint64_t destination_bit, const uint8_t* source,
-                              uint64_t source_bit, uint64_t source_bytes) {
+// Whether every store stays behind the bits that are still to be taken: the source moves at least as fast.
+inline bool stays_behind(const uint8_t* destination, uint64_t destination_bit, const uint8_t* source,
+                         uint64_t source_bit) {
     const uint64_t first_stored = uintptr_t(destination) + destination_bit / 8;
     const uint64_t first_taken = uintptr_t(source) + source_bit / 8;
     if (first_stored == first_taken) return destination_bit % 8 <= source_bit % 8;
-    return first_stored < first_taken || first_stored >= uintptr_t(source) + source_bytes;
+    return first_stored < first_taken;
 }
 
 // Sets n bytes to the bits from bit `shift` (1 to 7) of a run of n + 1 bytes on. The destination may overlap
@@ -124,9 +129,8 @@ inline void copy_run(const BitSource& source, BitWriter& writer, uint64_t bit, u
 
 // The bits of the first `groups` groups that begin with a word's most significant bit.
 inline uint64_t group_mask(uint64_t bits, uint64_t step, unsigned groups) {
-    const uint64_t group = ~UINT64_C(0) << (64 - bits);
-    uint64_t mask = group;
-    for (unsigned have = 1; have < groups; have *= 2) mask |= mask >> have * step % 64;
+    uint64_t mask = ~UINT64_C(0) << (64 - bits);
+    for (uint64_t shift = step; shift < 64; shift *= 2) mask |= mask >> shift;
     return mask & ~UINT64_C(0) << (64 - ((groups - 1) * step + bits));
 }
 
@@ -138,61 +142,83 @@ struct WordOfGroups {
     // The most that fit into a word if the next word begins a number of whole bytes later, in the same phase;
     // 0 for groups of more bits than are stored at a time; of others, one fits in any phase.
     WordOfGroups(uint64_t bit, uint64_t bits, uint64_t step) : phase(unsigned(bit % 8)) {
-        const unsigned whole_bytes = step % 8 == 0 ? 1 : step % 4 == 0 ? 2 : step % 2 == 0 ? 4 : 8;
         const uint64_t most = smaller<uint64_t>((64 - phase - bits) / step + 1, BitWriter::kBits / bits);
-        at_once = unsigned(most - most % whole_bytes);
+        // A multiple of 1, 2, 4 or 8 groups ends a number of whole bytes later.
+        at_once = unsigned(most) & ~(7U >> unsigned(__builtin_ctz(unsigned(step) | 8U)));
     }
 };
 
-// As many groups as can be taken so and stored in whole words; returns their number.
-inline size_t gather_words_of_bits(const BitSource& source, BitWriter& result, uint64_t bit, uint64_t bits,
-                                   uint64_t step, size_t groups) {
+// Stores rounds of `round_bits` bits, each of which `take` takes, as long as whole words may be read and
+// stored: the last place to read one is `unread` ahead, of which a round takes `round_read`, and the rest of
+// the `bits` fills the word that is stored. Returns the number of rounds.
+template <class Take>
+size_t append_rounds(BitWriter& result, unsigned round_bits, uint64_t bits, int64_t unread,
+                     uint64_t round_read, Take take) {
     BitWriter writer = result;  // which no store changes
+    int64_t room = int64_t(bits) - 64;
+    size_t rounds = 0;
+    const auto append_by = [&](auto append) {
+        for (; (unread | room) >= 0; ++rounds) {
+            append(take());
+            unread -= int64_t(round_read);
+            room -= round_bits;
+        }
+    };
+    if (writer.pending() == 0 && round_bits % 8 == 0) {
+        append_by([&](uint64_t taken) { writer.append_bytes(taken, round_bits); });
+    } else {
+        append_by([&](uint64_t taken) { writer.append_word(taken, round_bits); });
+    }
+    result = writer;
+    return rounds;
+}
+
+// As many groups as can be taken so and stored in whole words; returns their number.
+inline size_t gather_words_of_bits(const BitSource& source, BitWriter& writer, uint64_t bit, uint64_t bits,
+                                   uint64_t step, size_t groups) {
     const WordOfGroups word(bit, bits, step);
     if (word.at_once == 0) return 0;
     const auto taken_bits = unsigned(word.at_once * bits);
-    const unsigned words = BitWriter::kBits / taken_bits;  // for one store
-    const uint64_t bytes = word.at_once * step / 8;        // from word to word
-    const size_t in_a_round = size_t(word.at_once) * words;
+    const bool in_bytes = writer.pending() == 0 && 64 / taken_bits * taken_bits % 8 == 0;
+    const unsigned words = (in_bytes ? 64 : BitWriter::kBits) / taken_bits;  // for one store
+    const uint64_t bytes = word.at_once * step / 8;                          // from word to word
     const Extractor extract(group_mask(bits, step, word.at_once) >> word.phase);
     const uint8_t* at = source.run + size_t(bit / 8);
+    const auto take_word = [&] {
+        const uint64_t taken = extract(bytes_reversed(load<uint64_t>(at)));
+        at += bytes;
+        return taken;
+    };
+    const auto take_round = [&] {
+        uint64_t taken = take_word();
+        for (unsigned i = 1; i < words; ++i) taken = taken << taken_bits | take_word();
+        return taken;
+    };
+    const auto unread = int64_t(source.bytes - bit / 8 - (words - 1) * bytes - kWord);
+    const size_t rounds =
+        append_rounds(writer, words * taken_bits, bits * groups, unread, words * bytes, take_round);
+    size_t gathered = rounds * words * word.at_once;
     const uint8_t* const end = source.run + size_t(source.bytes);
-    size_t gathered = 0;
-    // What is still to be stored must fill the word that the last round stores.
-    while (groups - gathered >= in_a_round && (groups - gathered) * bits >= 64 &&
-           uint64_t(end - at) >= (words - 1) * bytes + kWord) {
-        uint64_t taken = 0;
-        unsigned left = words;
-        do {
-            taken = taken << taken_bits | extract(bytes_reversed(load<uint64_t>(at)));
-            at += bytes;
-        } while (--left > 0);
-        writer.append_word(taken, words * taken_bits);
-        gathered += in_a_round;
+    for (; groups - gathered >= word.at_once && uint64_t(end - at) >= kWord; gathered += word.at_once) {
+        writer.append(take_word(), taken_bits);
     }
-    for (; groups - gathered >= word.at_once && uint64_t(end - at) >= kWord; at += bytes) {
-        writer.append(extract(bytes_reversed(load<uint64_t>(at))), taken_bits);
-        gathered += word.at_once;
-    }
-    result = writer;
     return gathered;
 }
 
 // The same for groups that lie otherwise in every word.
-inline size_t gather_words_in_any_phase(const BitSource& source, BitWriter& result, uint64_t bit,
+inline size_t gather_words_in_any_phase(const BitSource& source, BitWriter& writer, uint64_t bit,
                                         uint64_t bits, uint64_t step, size_t groups) {
     if (bits > BitSource::kBits) return 0;
-    BitWriter writer = result;
     const auto at_once = unsigned((BitSource::kBits - bits) / step + 1);
     const Extractor extract(group_mask(bits, step, at_once));
-    size_t gathered = 0;
-    while (groups - gathered >= at_once && (groups - gathered) * bits >= 64 && source.has_word(bit)) {
-        writer.append_word(extract(source.word(bit)), unsigned(at_once * bits));
+    const auto take_round = [&] {
+        const uint64_t taken = extract(source.word(bit));
         bit += at_once * step;
-        gathered += at_once;
-    }
-    result = writer;
-    return gathered;
+        return taken;
+    };
+    const auto unread = int64_t(8 * (source.bytes - kWord) + 7 - bit);  // in bits
+    return at_once *
+           append_rounds(writer, at_once * unsigned(bits), bits * groups, unread, at_once * step, take_round);
 }
 
 // The rest, as many groups at a time as a word from any bit on holds. Stores whole bytes only.
@@ -214,21 +240,23 @@ inline void gather_rest_of_bits(const BitSource& source, BitWriter& writer, uint
 
 void gather_bits(uint8_t* destination, uint64_t destination_bit, const uint8_t* source, uint64_t source_bit,
                  uint64_t bits, uint64_t step, size_t groups) {
-    if (bits == 0 || groups == 0) return;
+    const uint64_t stored_bits = bits * groups;
+    if (stored_bits == 0) return;
     const uint64_t source_bytes = (source_bit + (groups - 1) * step + bits + 7) / 8;
-    if (!bits_in_any_order(destination, destination_bit, source, source_bit, source_bytes)) {
+    const size_t first_stored = size_t(destination_bit / 8);
+    const auto stored = size_t((destination_bit + stored_bits + 7) / 8) - first_stored;
+    const bool all_apart = apart(destination + first_stored, stored, source, size_t(source_bytes));
+    if (!all_apart && !stays_behind(destination, destination_bit, source, source_bit)) {
         return rule::gather_bits(destination, destination_bit, source, source_bit, bits, step, groups);
     }
     const BitSource from{source, source_bytes};
     BitWriter writer(destination, destination_bit);
     if (bits == step) {
-        copy_run(from, writer, source_bit, bits * groups);
+        copy_run(from, writer, source_bit, stored_bits);
         return writer.finish();
     }
     // A word of the destination may be stored ahead of its bits only where that cannot reach the source.
-    const size_t first_stored = size_t(destination_bit / 8);
-    const auto stored = size_t((destination_bit + bits * groups + 7) / 8) - first_stored;
-    if (apart(destination + first_stored, stored, source, size_t(source_bytes))) {
+    if (all_apart) {
         if ((bits | step | source_bit | destination_bit) % 8 == 0) {
             return gather(destination + first_stored, source + size_t(source_bit / 8), size_t(bits / 8),
                           ptrdiff_t(step / 8), groups);
