@@ -22,10 +22,13 @@ void RaiseException(const char* exceptionClassName, const char* message, uint32_
 }
 
 void RaiseOutOfMemory(int64_t size) {
-    char digits[24] = {};
-    std::to_chars(digits, digits + sizeof digits, size);
-    char message[200] = "Failed to allocate a memoryblock with ";
-    std::strcat(message, digits);
-    std::strcat(message, " bytes in size.");
+    constexpr char kBefore[] = "Failed to allocate a memoryblock with ";
+    constexpr char kAfter[] = " bytes in size.";
+    constexpr size_t kMostDigits = 20;
+    char message[sizeof kBefore + kMostDigits + sizeof kAfter];
+    std::memcpy(message, kBefore, sizeof kBefore);
+    char* const digits = message + sizeof kBefore - 1;
+    char* const end = std::to_chars(digits, digits + kMostDigits, size).ptr;
+    std::memcpy(end, kAfter, sizeof kAfter);
     RaiseException("OutOfMemoryException", message, 0);
 }

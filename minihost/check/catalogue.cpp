@@ -167,9 +167,10 @@ Outcome check_instances(const Subject& subject) {
     Outcome outcome;
     for (const std::string& name : names) {
         const std::string script = "Dim made As New " + name;
+        const std::string object = "an object of " + name;
         const auto make_and_destroy = [&](Host& host, Report& report) {
             for (int i = 0; i < 3; ++i) {
-                report.doing("an object of " + name, script);
+                report.doing(object, script);
                 try {
                     if (!host.new_instance(name))
                         report.add({"no object of " + name + " can be made", script});
@@ -180,7 +181,7 @@ Outcome check_instances(const Subject& subject) {
                 }
                 for (const std::string& fault : host.faults()) return report.add({fault, script});
                 for (const std::string& open : host.open_references())
-                    return report.add({"an object of " + name + " leaves " + open, script});
+                    return report.add({std::string(object).append(" leaves ").append(open), script});
             }
         };
         const Findings found = apart_loaded(subject, {}, make_and_destroy);

@@ -95,6 +95,8 @@ const Callable& chosen(Host& host, const Token& name, const std::vector<Callable
                        const std::vector<Expression>& arguments) {
     std::vector<const Declaration*> declarations;
     std::vector<Type> types;
+    declarations.reserve(overloads.size());
+    types.reserve(arguments.size());
     for (const Callable& overload : overloads) declarations.push_back(&overload.declaration);
     for (const Expression& argument : arguments) types.push_back(argument.type);
     try {

@@ -28,12 +28,10 @@ std::string without_marks(const std::string& text) {
         const char c = text[i];
         if (c == '`') {
             code = !code;
-        } else if (code) {
-            plain += c;
-        } else if (c == ']' && text.compare(i, 2, "](") == 0) {
+        } else if (!code && c == ']' && text.compare(i, 2, "](") == 0) {
             i = text.find(')', i);
             if (i == text.npos) break;
-        } else if (c != '*' && c != '[' && !(c == '!' && text.compare(i, 2, "![") == 0)) {
+        } else if (code || (c != '*' && c != '[' && !(c == '!' && text.compare(i, 2, "![") == 0))) {
             plain += c;
         }
     }

@@ -81,9 +81,10 @@ Block Parser::statements(Tokens::Words closing, const Token* opener) {
     Block block;
     for (;;) {
         while (tokens_.at_line_end()) tokens_.skip(1);
-        if (tokens_.next_is(closing) || (!opener && tokens_.at_end())) return block;
+        if (tokens_.next_is(closing)) return block;
         const std::string wanted = opener ? closing_of(*opener, *closing.begin()) : "a statement";
         if (tokens_.at_end()) {
+            if (!opener) return block;
             throw IncompleteScript(opener->at, opener->text + " is not closed: expected " + wanted +
                                                    ", found " + to_string(tokens_.peek()));
         }

@@ -13,7 +13,12 @@ namespace {
 // must throw, and what it holds then goes with this object.
 class Memory {
  public:
-    explicit Memory(std::pmr::memory_resource& source) : source_(source) {}
+    static Memory* of_picture;  // the library's macros have no context
+
+    explicit Memory(std::pmr::memory_resource& source) : source_(source) { of_picture = this; }
+    ~Memory() { of_picture = nullptr; }
+    Memory(const Memory&) = delete;
+    Memory& operator=(const Memory&) = delete;
 
     void* allocate(size_t size) {
         std::pmr::vector<std::byte> block(size, &source_);
@@ -35,16 +40,16 @@ class Memory {
     std::unordered_map<void*, std::pmr::vector<std::byte>> blocks_;
 };
 
-Memory* memory_of_picture = nullptr;  // the library's macros have no context
+Memory* Memory::of_picture = nullptr;
 
 }  // namespace
 
 #define STB_IMAGE_WRITE_IMPLEMENTATION
 #define STB_IMAGE_WRITE_STATIC
 #define STBI_WRITE_NO_STDIO
-#define STBIW_MALLOC(size) memory_of_picture->allocate(size_t(size))
-#define STBIW_REALLOC(old, size) memory_of_picture->reallocate(old, size_t(size))
-#define STBIW_FREE(bytes) memory_of_picture->release(bytes)
+#define STBIW_MALLOC(size) Memory::of_picture->allocate(size_t(size))
+#define STBIW_REALLOC(old, size) Memory::of_picture->reallocate(old, size_t(size))
+#define STBIW_FREE(bytes) Memory::of_picture->release(bytes)
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wold-style-cast"
 #ifndef __clang__
@@ -65,8 +70,7 @@ namespace minihost {
 
 std::string png(const uint8_t* samples, int width, int height, int samples_per_pixel,
                 std::pmr::memory_resource& source) {
-    Memory memory(source);
-    memory_of_picture = &memory;  // cppcheck-suppress danglingLifetime; only read by the call below
+    const Memory memory(source);
     std::string file;
     const auto append = [](void* context, void* bytes, int count) {
         static_cast<std::string*>(context)->append(static_cast<const char*>(bytes), size_t(count));
