@@ -72,10 +72,10 @@ struct Picks {
         windows = ((pieces - 1) * step + piece + kWindowBytes - 1) / kWindowBytes;
         uint8_t positions[kVectorBytes];
         memset(positions, 0xFF, sizeof positions);
-        for (size_t i = 0; i < pieces; ++i) {
+        for (size_t nth = 0; nth < pieces; ++nth) {
             for (size_t k = 0; k < piece; ++k) {
-                for (size_t at = i * piece + k; at < kVectorBytes; at += kWindowBytes) {
-                    positions[at] = uint8_t(i * step + k);
+                for (size_t at = nth * piece + k; at < kVectorBytes; at += kWindowBytes) {
+                    positions[at] = uint8_t(nth * step + k);
                 }
             }
         }

@@ -172,8 +172,7 @@ inline size_t equal_front(const uint8_t* a, const uint8_t* b, size_t n) {
         const Mask same = mask_of(marked_equal(load<Bytes>(a + i), load<Bytes>(b + i)));
         if (same != kEveryByte) return i + first(same ^ kEveryByte);
     }
-    const Mask same = mask_of(marked_equal(part(a + i, n - i), part(b + i, n - i))) | ~first_bytes(n - i);
-    const Mask differs = (same ^ kEveryByte) & first_bytes(n - i);
+    const Mask differs = mask_of(marked_equal(part(a + i, n - i), part(b + i, n - i))) ^ kEveryByte;
     return differs ? i + first(differs) : n;
 }
 
@@ -185,8 +184,7 @@ inline size_t last_difference(const uint8_t* a, const uint8_t* b, size_t n) {
         const Mask same = mask_of(marked_equal(load<Bytes>(a + at), load<Bytes>(b + at)));
         if (same != kEveryByte) return at + last(same ^ kEveryByte);
     }
-    const Mask same = mask_of(marked_equal(part(a, i), part(b, i)));
-    const Mask differs = (same ^ kEveryByte) & first_bytes(i);
+    const Mask differs = mask_of(marked_equal(part(a, i), part(b, i))) ^ kEveryByte;
     return differs ? last(differs) : kNotFound;
 }
 

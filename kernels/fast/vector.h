@@ -52,7 +52,7 @@ inline Vector<Lane> all(Lane value) {
 // 0, 1, 2 ...
 template <class Lane>
 inline Vector<Lane> counting() {
-    Vector<Lane> lanes;
+    Vector<Lane> lanes = {};
     for (size_t i = 0; i < kVectorBytes / sizeof(Lane); ++i) lanes[i] = Lane(i);
     return lanes;
 }

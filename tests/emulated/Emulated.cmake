@@ -11,6 +11,8 @@ add_processor_test(qemu64 sse2)
 add_processor_test(Opteron_G3 sse2)
 add_processor_test(Nehalem sse4)
 add_processor_test(Haswell avx2)
+add_test(NAME emulated.features
+  COMMAND ${CMAKE_CURRENT_LIST_DIR}/features.sh ${QEMU_X86_64} $<TARGET_FILE:kernels_static_tests>)
 
 # With the float functions of musl in place of this C library's.
 find_library(MUSL libc.a PATHS /usr/lib/x86_64-linux-musl /usr/lib/musl/lib NO_DEFAULT_PATH REQUIRED)

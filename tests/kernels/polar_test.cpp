@@ -3,6 +3,7 @@
 #include "kernels/polar.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -80,9 +81,17 @@ testing::AssertionResult same_floats(const uint8_t* bytes, const std::vector<flo
 
 float any_float(Random& random) {
     using Limits = std::numeric_limits<float>;
-    constexpr float kSpecial[] = {
-        0.0F,          -0.0F,         Limits::denorm_min(), Limits::infinity(), -Limits::infinity(),
-        Limits::min(), Limits::max(), Limits::quiet_NaN()};
+    // Of the last two the sine, or the cosine, differs by whether operations are fused.
+    constexpr float kSpecial[] = {0.0F,
+                                  -0.0F,
+                                  Limits::denorm_min(),
+                                  Limits::infinity(),
+                                  -Limits::infinity(),
+                                  Limits::min(),
+                                  Limits::max(),
+                                  Limits::quiet_NaN(),
+                                  std::bit_cast<float>(0x418A3ADB),
+                                  std::bit_cast<float>(0x42A35C07)};
     if (random() % 8 == 0) return kSpecial[random() % std::size(kSpecial)];
     if (random() % 2 == 0) return std::uniform_real_distribution(-10.0F, 10.0F)(random);
     return std::ldexp(std::uniform_real_distribution(-1.0F, 1.0F)(random), between(random, -160, 128));
@@ -121,22 +130,24 @@ TEST_P(PolarKernels, SweepIsTheFormulaBitForBit) {
         int32_t first, last;
         double duration;
     };
-    // In the first two, two pi of more decimals would show, in a position and in a phase.
-    constexpr Sweep kSweeps[] = {{1, 8, 591.375},
-                                 {3, 54, 480},
-                                 {1, 8, 64},
-                                 {20, 20000, 480},
-                                 {8, 1, 100.5},
-                                 {-20, -2000, 300},
-                                 {5, 5, 10},
-                                 {0, 8, 10},
-                                 {8, 0, 10},
-                                 {-1, 8, 10},
-                                 {1, 8, 0},
-                                 {1, 8, -10},
-                                 {1, INT32_MAX, 3},
-                                 {INT32_MIN, -1, 1e-300},
-                                 {1, 8, std::numeric_limits<double>::quiet_NaN()}};
+    // In the first two, two pi of more decimals would show, in a position and in a phase; in the third,
+    // whether the exponential of its second pair is of fused operations.
+    const Sweep kSweeps[] = {{1, 8, 591.375},
+                             {3, 54, 480},
+                             {1, 8, std::log(8.0) / double(std::bit_cast<float>(0x4202422F))},
+                             {1, 8, 64},
+                             {20, 20000, 480},
+                             {8, 1, 100.5},
+                             {-20, -2000, 300},
+                             {5, 5, 10},
+                             {0, 8, 10},
+                             {8, 0, 10},
+                             {-1, 8, 10},
+                             {1, 8, 0},
+                             {1, 8, -10},
+                             {1, INT32_MAX, 3},
+                             {INT32_MIN, -1, 1e-300},
+                             {1, 8, std::numeric_limits<double>::quiet_NaN()}};
     for (const Sweep& s : kSweeps) {
         const std::vector<float> expected = sweep(500, s.first, s.last, s.duration);
         GuardedBytes table(8 * 500 + 1);

@@ -1,5 +1,7 @@
 #include "kernels/search.h"
 
+#include <algorithm>
+
 #include "tests/kernels/level_test.h"
 
 namespace {
@@ -34,6 +36,37 @@ TEST_P(SearchKernel, FindsTheFirstByteThatIsOrIsNot) {
         }
         ASSERT_EQ(fast().all_zero(data, n), plain().all_zero(data, n));
         ASSERT_EQ(fast().all_ascii(data, n), plain().all_ascii(data, n));
+    }
+}
+
+// Ranges that begin before the boundary of two pages and end behind it; what is looked for stands outside of
+// them as well, and a needle across both of their ends.
+TEST_P(SearchKernel, LooksOnlyInsideItsRangeWherePagesMeet) {
+    Random random;
+    GuardedBytes memory(2 * 4096);
+    for (size_t round = 0; round < rounds(6000); ++round) {
+        uint8_t* data = memory.data() + 4096 - between<size_t>(random, 2, 300);
+        const auto n = size_t(memory.data() + 4096 - data) + between<size_t>(random, 0, 300);
+        std::vector<uint8_t> needle(between<size_t>(random, 2, std::min<size_t>(n, random() % 2 ? 17 : 60)));
+        for (uint8_t& byte : needle) byte = uint8_t(0x80 + random() % 2);
+        const size_t cut_off = between<size_t>(random, 1, needle.size() - 1);
+        const size_t at = between<size_t>(random, 0, n - needle.size());
+        std::vector<uint8_t*> places = {data - cut_off, data + n - cut_off};
+        if (round % 2) places.push_back(data + at);
+        std::ranges::fill(memory.bytes(), uint8_t(0));
+        for (uint8_t* place : places) std::ranges::copy(needle, place);
+        ASSERT_EQ(fast().find(data, n, needle.data(), needle.size()),
+                  plain().find(data, n, needle.data(), needle.size()))
+            << needle.size() << " bytes in " << n;
+
+        std::ranges::fill(memory.bytes(), uint8_t(0));
+        data[-1] = data[n] = 0x80;
+        if (round % 3) data[at] = 0x80;
+        const size_t expected = round % 3 ? at : kernels::kNotFound;
+        ASSERT_EQ(fast().find_byte(data, n, 0x80), expected) << n;
+        ASSERT_EQ(fast().find_not_byte(data, n, 0), expected) << n;
+        ASSERT_EQ(fast().all_zero(data, n), expected == kernels::kNotFound);
+        ASSERT_EQ(fast().all_ascii(data, n), expected == kernels::kNotFound);
     }
 }
 

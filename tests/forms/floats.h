@@ -1,29 +1,7 @@
-// Compares the float functions of one instruction-set level with the C library's:
-//
-//   floats_LEVEL          a sample
-//   floats_LEVEL every    every float for sine, cosine and exponential; for the arc tangent every float with
-//   1,
-//                         and a thousand million pairs
-//
-// Says for each form in how many floats its bits differ from the library's, and fails where those of the form
-// that the level has chosen do, or where it has to call a library whose methods it knows. `every` also lists
-// the floats for which fused and separate operations differ.
-#include LEVEL_SOURCE
-
-#include <gnu/libc-version.h>
-
-#include <bit>
-#include <chrono>
-#include <cmath>
-#include <cstdio>
-#include <cstdlib>
-#include <random>
-
-namespace kernels::LEVEL {
-namespace {
-
-bool every = false;
-bool failed = false;
+// The float functions of a level, held against the C library's. Says for each form in how many floats its
+// bits differ from the library's, and fails where those of the form that the level has chosen do, or where it
+// has to call a library whose methods it knows. `every` also lists the floats for which fused and separate
+// operations differ.
 
 // A result that is not a number is the same as any other.
 bool same(float a, float b) {
@@ -193,31 +171,27 @@ void compare_arc_tangents() {
     }
 }
 
-}  // namespace
+// A level that has chosen a form of its own leaves nothing to the library, and another one everything.
+template <class Operation>
+void count_calls(const char* name, bool library, Operation operation) {
+    uint8_t pairs[kChunk * kPairBytes] = {};
+    plain::asked = 0;
+    operation(pairs);
+    if (plain::asked == (library ? 1 : 0)) return;
+    std::printf("%s: the plain form is called %zu times\n", name, plain::asked);
+    failed = true;
+}
 
-bool matches_library(bool all_floats) {
-    every = all_floats;
+void compare_floats() {
     compare_sines();
     compare_exponentials();
     compare_arc_tangents();
-    return !failed;
-}
-
-}  // namespace kernels::LEVEL
-
-int main(int arguments, char**) {
-#ifdef __AVX512VBMI__
-    const bool runs = __builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("gfni");
-#elif defined(__FMA__)
-    const bool runs = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma");
-#elif defined(__SSE4_2__)
-    const bool runs = __builtin_cpu_supports("sse4.2") && __builtin_cpu_supports("popcnt");
-#else
-    const bool runs = true;
-#endif
-    if (!runs) {
-        std::puts("NOT TESTED: this machine lacks the level's instructions");
-        return 77;
-    }
-    return kernels::LEVEL::matches_library(arguments > 1) ? 0 : 1;
+    failed |= arc_tangent_form() == Form::kFused;  // there is none
+    const bool sines = sine_form() == Form::kLibrary;
+    count_calls("polar to Cartesian", sines,
+                [](uint8_t* pairs) { polar_to_cartesian(pairs, pairs, kChunk); });
+    count_calls("Cartesian to polar", arc_tangent_form() == Form::kLibrary,
+                [](uint8_t* pairs) { cartesian_to_polar(pairs, pairs, kChunk); });
+    count_calls("sweep", sines || sine_form() != exponential_form(),
+                [](uint8_t* pairs) { log_sweep(pairs, kChunk, 1, 8, 480); });
 }
