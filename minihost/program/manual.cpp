@@ -84,21 +84,32 @@ bool has_word(const std::string& text, std::string_view word) {
     return false;
 }
 
-// A table without its rule: all columns but the last as wide as their widest cell, the last one wrapped.
+// A table without its rule: all columns but the last as wide as their widest cell, the last one wrapped, or
+// below the others where they leave it too little room.
 void print_table(std::string& out, const std::vector<std::vector<std::string>>& rows, size_t width) {
+    constexpr size_t kLeastRoom = 32;
     std::vector<size_t> widths;
     for (const auto& row : rows) {
         widths.resize(std::max(widths.size(), row.size()));
         for (size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], columns(row[i]));
     }
+    size_t last_column = 2;
+    for (size_t i = 0; i + 1 < widths.size(); ++i) last_column += widths[i] > 0 ? widths[i] + 2 : 0;
+    const bool below = last_column + kLeastRoom > width;
     for (const auto& row : rows) {
         std::string line = "  ";
         for (size_t i = 0; i + 1 < row.size(); ++i) {
             line += row[i] + std::string(widths[i] - columns(row[i]) + (widths[i] > 0 ? 2 : 0), ' ');
         }
-        if (row.back().empty()) line.erase(line.find_last_not_of(' ') + 1);
+        if (below || row.back().empty()) line.erase(line.find_last_not_of(' ') + 1);
+        if (below) {
+            out += "  ";
+            wrap(out, line, 2, 6, width);
+            line = std::string(6, ' ');
+            if (row.back().empty()) continue;
+        }
         out += line;
-        wrap(out, row.back(), columns(line), columns(line), std::max(width, columns(line) + 20));
+        wrap(out, row.back(), columns(line), columns(line), width);
     }
 }
 
