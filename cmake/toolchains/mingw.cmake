@@ -6,5 +6,6 @@ set(CMAKE_FIND_ROOT_PATH /usr/${mingw})
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 # That of the machine would be found.
 set(CMAKE_DISABLE_FIND_PACKAGE_GTest ON)
-# Programs need nothing but the system.
+# Programs and libraries need nothing but the system.
 set(CMAKE_EXE_LINKER_FLAGS_INIT -static)
+set(CMAKE_MODULE_LINKER_FLAGS_INIT -static)

@@ -64,6 +64,7 @@ std::optional<Request> parse(int argc, char** argv) {
         "Checks a bundle: what it registers, and whether its members stand all that a host and a program can "
         "do.",
         "minihost check");
+    app.allow_windows_style_options(false);  // a path may begin with a slash
     app.add_option("BUNDLE", bundle, "The file");
     app.add_flag("--list", request.list, "List the checks and end");
     const auto add_patterns = [&](const char* name, std::vector<std::string>& patterns, const char* text) {

@@ -2,7 +2,6 @@
 // is read.
 #include <algorithm>
 #include <cstddef>
-#include <cstdio>
 #include <cstring>
 
 #include "minihost/library/encodings.h"
@@ -14,12 +13,6 @@ namespace {
 
 constexpr size_t kAlignment = alignof(std::max_align_t);  // of instance data
 constexpr size_t kRetiredHandles = 4096;  // the last ones, whose addresses are not given out again
-
-std::string address_text(const void* address) {
-    char text[24];
-    std::snprintf(text, sizeof text, "%p", address);
-    return text;
-}
 
 std::string count_text(int32_t count) {
     return std::to_string(count) + (count == 1 ? " reference" : " references");

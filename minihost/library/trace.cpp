@@ -79,9 +79,7 @@ class Tracer {
     // What has just given its last reference back is still named; then its address is one like others.
     std::string last_name_of(const void* address) {
         if (const auto named = names_.extract(address)) return named.mapped();
-        char text[24];
-        std::snprintf(text, sizeof text, "%p", address);
-        return text;
+        return address_text(address);
     }
 
     std::ostream& out_;

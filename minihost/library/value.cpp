@@ -1,7 +1,9 @@
 #include "minihost/library/value.h"
 
 #include <bit>
+#include <cinttypes>
 #include <cmath>
+#include <cstdio>
 #include <limits>
 #include <type_traits>
 
@@ -41,6 +43,12 @@ std::optional<Value> exactly(From from) {
 }
 
 }  // namespace
+
+std::string address_text(const void* address) {
+    char text[24];
+    std::snprintf(text, sizeof text, "%#" PRIxPTR, reinterpret_cast<uintptr_t>(address));
+    return text;
+}
 
 std::string to_string(const Type& type) {
     for (const NamedKind& named : kKinds) {

@@ -74,6 +74,9 @@ struct Pointer {
     bool operator==(const Pointer&) const = default;
 };
 
+// The same on every system: "0x7f0012345678".
+std::string address_text(const void* address);
+
 // A value of the host language. std::monostate stands for Nil and for "no result"; a nil object, a
 // nil string and a nil Ptr may also be given as an empty ObjectRef, StringRef or Pointer, and a member's nil
 // result comes so.

@@ -107,6 +107,7 @@ std::optional<CommandLine> parse_command_line(int argc, char** argv) {
                  "Without SCRIPT: a prompt, or the statements from standard input, which \"-\" stands for.",
                  "minihost");
     app.formatter(std::make_shared<Formatter>());
+    app.allow_windows_style_options(false);  // a path may begin with a slash
     auto* statements =
         app.add_option("-e", line.statements, "Run these statements, separated by \":\" or new lines")
             ->type_name("STATEMENTS");

@@ -3,7 +3,6 @@
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <cstdio>
 #include <limits>
 #include <ostream>
 
@@ -122,10 +121,7 @@ std::string show(Runtime& runtime, const Value& value) {
                           [](double number) { return show_double(number); },
                           [](auto number) { return std::to_string(number); },
                           [](Pointer pointer) -> std::string {
-                              if (!pointer.address) return "Nil";
-                              std::array<char, 32> buffer{};
-                              std::snprintf(buffer.data(), buffer.size(), "%p", pointer.address);
-                              return buffer.data();
+                              return pointer.address ? address_text(pointer.address) : "Nil";
                           },
                           [&](const StringRef& string) -> std::string {
                               if (!string) return "";

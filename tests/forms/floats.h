@@ -9,7 +9,13 @@ bool same(float a, float b) {
 }
 
 // glibc has had the methods from 2.28 to 2.40. In 32 bits some of its functions are the processor's.
-bool library_is_known() { return sizeof(void*) == 8 && std::atof(gnu_get_libc_version()) < 2.405; }
+bool library_is_known() {
+#ifdef _WIN32
+    return false;
+#else
+    return sizeof(void*) == 8 && std::atof(gnu_get_libc_version()) < 2.405;
+#endif
+}
 
 class Comparison {
  public:

@@ -6,7 +6,9 @@
 //                        and a thousand million pairs
 #include LEVEL_SOURCE
 
+#ifndef _WIN32
 #include <gnu/libc-version.h>
+#endif
 
 #include <algorithm>
 #include <bit>

@@ -56,6 +56,10 @@ class CheckBundles : public testing::Test {
 };
 
 TEST_F(CheckBundles, FailTheirCheckAndNoOther) {
+#ifdef _WIN32
+    GTEST_SKIP()
+        << "NOT TESTED: crashes by the dozen want processes of their own; windows.sh has some, in one each";
+#endif
     const struct {
         const char* fault;
         std::string checks;   // that fail, no others
@@ -121,7 +125,12 @@ TEST_F(CheckBundles, ABundleThatDoesNotLoadSkipsTheRest) {
     EXPECT_NE(none.find("exports: exports no_entry_point\nexports: does not export REALPluginMain\n"),
               none.npos)
         << none;
-    EXPECT_NE(none.find("libraries: needs libffi"), none.npos) << none;
+#ifdef _WIN32
+    const char* needed = "libraries: needs WINMM.dll";
+#else
+    const char* needed = "libraries: needs libffi";
+#endif
+    EXPECT_NE(none.find(needed), none.npos) << none;
     const std::string text = failures(outcomes({.bundle = SOURCE_DIR "/README.md"}));
     EXPECT_NE(text.find("exports: the file is no whole image for this processor\n"), text.npos) << text;
 }

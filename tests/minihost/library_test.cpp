@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstring>
 #include <fstream>
+#include <set>
 
 #include "minihost/library/names.h"
 #include "minihost/library/overloads.h"
@@ -576,9 +577,6 @@ TEST_F(LibraryTest, TextIsConvertedThereAndBack) {
         EXPECT_EQ(host_->text_of(host_->new_string(bytes, *encoding).get(), kUtf8), text) << name;
         EXPECT_EQ(encoding_number(encoding_name(*encoding)), encoding);
     }
-    // An encoding that returns to its first state at the end.
-    EXPECT_EQ(host_->text_of(host_->new_string("日", kUtf8).get(), *encoding_number("ISO-2022-JP")),
-              "\x1B$BF|\x1B(B");
     EXPECT_EQ(host_->text_of(string.get(), kTextEncodingUS_ASCII), std::nullopt);
     EXPECT_EQ(host_->text_of(string.get(), 0x7777), std::nullopt);
     EXPECT_EQ(host_->text_of(string.get(), kTextEncodingUnknown), text);
@@ -594,9 +592,19 @@ TEST_F(LibraryTest, EveryEncodingInTheListCanBeConverted) {
     for (uint32_t number = 0; number < 0x1000; ++number) {
         if (encoding_name(number).starts_with("encoding ")) continue;
         ++found;
+#ifdef _WIN32  // where the code pages of these may be missing
+        static const std::set<std::string> kMaybe = {"ISOLatin6", "ISOLatin8", "GB18030", "ISO-2022-JP",
+                                                     "EUC-TW"};
+        if (kMaybe.contains(encoding_name(number))) continue;
+#endif
         EXPECT_TRUE(host_->text_of(host_->new_string("Aa 09", kUtf8).get(), number)) << encoding_name(number);
     }
     EXPECT_GE(found, 40);
+#ifndef _WIN32
+    // An encoding that returns to its first state at the end.
+    EXPECT_EQ(host_->text_of(host_->new_string("日", kUtf8).get(), *encoding_number("ISO-2022-JP")),
+              "\x1B$BF|\x1B(B");
+#endif
 }
 
 TEST_F(LibraryTest, StringHandlesAreRecordsOnOlderHostsOnly) {
@@ -672,16 +680,24 @@ TEST_F(LibraryTest, FileSpecificationsGoThereAndBack) {
 
 TEST_F(LibraryTest, OnlyBundlesAreLoaded) {
     const auto error = [&](const std::string& path) { return thrown<LoadError>([&] { host_->load(path); }); };
+#ifdef _WIN32
+    const std::string too_short = "the file is no whole image for this processor";
+    const std::string cut_off = too_short;
+#else
+    const std::string too_short = "file too short";
+    const std::string cut_off = "the file is cut off";
+#endif
     const std::string text = testing::TempDir() + "no_bundle.txt";
     std::ofstream(text) << "no bundle";
-    EXPECT_EQ(error(text), text + ": no bundle that can be loaded (file too short)");
+    EXPECT_EQ(error(text), text + ": no bundle that can be loaded (" + too_short + ")");
     for (const uintmax_t size : {500u, 1000u, 4096u, 20000u}) {
         std::filesystem::copy_file(MINIHOST_BUNDLE, text, std::filesystem::copy_options::overwrite_existing);
         std::filesystem::resize_file(text, size);
-        EXPECT_EQ(error(text), text + ": no bundle that can be loaded (the file is cut off)") << size;
+        EXPECT_EQ(error(text), text + ": no bundle that can be loaded (" + cut_off + ")") << size;
     }
     EXPECT_EQ(error("/no/such/file"), "/no/such/file: No such file or directory");
-    EXPECT_EQ(error("/usr"), "/usr: no regular file, so no bundle");
+    const std::string folder = testing::TempDir();
+    EXPECT_EQ(error(folder), folder + ": no regular file, so no bundle");
     EXPECT_EQ(error(NO_ENTRY_BUNDLE),
               std::string(NO_ENTRY_BUNDLE) + ": no bundle, it has no entry point REALPluginMain");
     EXPECT_TRUE(host_->globals().empty());

@@ -52,10 +52,17 @@ class Script : public BundleTest {
 }  // namespace
 
 // Each paragraph of these files is a script. Its lines that begin with '> are the output that it should have.
+// One file is for each system's own paths and messages.
 TEST_F(Script, PrintsWhatStandsBesideIt) {
     const std::string_view mark = "'>";
+#ifdef _WIN32
+    const std::string_view other_system = "linux";
+#else
+    const std::string_view other_system = "windows";
+#endif
     size_t count = 0;
     for (const auto& entry : fs::directory_iterator(SOURCE_DIR "/tests/minihost/scripts")) {
+        if (entry.path().stem() == other_system) continue;
         std::ifstream file(entry.path());
         std::string script;
         std::string expected;
