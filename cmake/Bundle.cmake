@@ -44,7 +44,7 @@ function(link_pe_bundle target)
   set_target_properties(${target} PROPERTIES LINK_DEPENDS ${exports})
   target_link_options(${target} PRIVATE
     -nostdlib -Wl,--entry=0 -Wl,--version-script=${exports} -Wl,--gc-sections
-    -Wl,--no-insert-timestamp -Wl,--dynamicbase -Wl,--nxcompat)
+    -Wl,--dynamicbase -Wl,--nxcompat)
   target_link_libraries(${target} PRIVATE msvcrt gcc)
 endfunction()
 
