@@ -158,15 +158,15 @@ constexpr size_t kShortNeedle = 32;  // compared at all places of a vector at on
 constexpr size_t kFewStarts = 32;    // places that words are compared at, one by one
 constexpr size_t kShortSearch = 256;  // places that are searched without a choice of probes
 
-// The byte that differs from that at `offset` and is nearest to the front.
+// The byte that differs from that at `offset` and is nearest to the front; the last one where all are equal.
 inline size_t other_byte(const uint8_t* needle, size_t m, size_t offset) {
     const size_t other = find_first<ByteIsNot>(needle, m, needle[offset]);
-    return other != kNotFound ? other : offset == 0 ? m - 1 : 0;
+    return other != kNotFound ? other : m - 1;
 }
 
-// How many of the first n bytes are equal.
+// How many of the first n bytes, 1 or more, are equal.
 inline size_t equal_front(const uint8_t* a, const uint8_t* b, size_t n) {
-    if (n > 0 && a[0] != b[0]) return 0;
+    if (a[0] != b[0]) return 0;
     size_t i = 0;
     for (; n - i >= kVector; i += kVector) {
         const Mask same = mask_of(marked_equal(load<Bytes>(a + i), load<Bytes>(b + i)));
@@ -245,13 +245,11 @@ size_t find_two_way(const uint8_t* haystack, size_t n, const uint8_t* needle, si
         if (back < m) {
             at += back - cut.start + 1;
             known = 0;
-            if (at > n) break;
             continue;
         }
         if (known >= cut.start || equal(needle + known, haystack + at + known, cut.start - known)) return at;
         at += period;
         known = periodic ? m - period : 0;
-        if (at > n) break;
     }
     return kNotFound;
 }
@@ -485,7 +483,6 @@ size_t find(const uint8_t* haystack, size_t n, const uint8_t* needle, size_t m) 
         if (at >= search.starts) break;
         const size_t found = search.compare(at, search.places_from(at));
         if (found != kNotFound) return found;
-        if (search.next >= search.starts) break;
         if (search.active != 0 && search.active < kMaxProbes &&
             ++rounds > 1 + (search.next - since) / (16 * kRound)) {
             search.active += search.active == 4 ? 2 : 1;

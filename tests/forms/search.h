@@ -61,7 +61,7 @@ void compare_long(std::mt19937& random) {
 }
 
 void compare_ranges(std::mt19937& random) {
-    const size_t n = random() % (4 * kVectorBytes);
+    const size_t n = random() % (4 * kVectorBytes) + 1;
     const std::string first = repetitive(random, "a", n + 1, 2);
     std::string second = first;
     for (size_t i = random() % 3; i > 0; --i) second[random() % (n + 1)] = 'b';

@@ -27,8 +27,9 @@ testing::AssertionResult same(Random& random, size_t source, size_t destination,
 TEST_P(GatherKernels, GatherCopiesPieceAfterPiece) {
     Random random;
     for (size_t round = 0; round < rounds(20000); ++round) {
-        const auto piece =
-            random() % 2 ? size_t(1) << random() % 4 : between<size_t>(random, 0, round % 8 == 0 ? 200 : 18);
+        const auto piece = round % 100 == 1 ? between<size_t>(random, 200, 2000)
+                           : random() % 2   ? size_t(1) << random() % 4
+                                            : between<size_t>(random, 0, round % 8 == 0 ? 200 : 18);
         const auto pieces = between<size_t>(random, 0, round % 8 == 0 ? 400 : round % 4 == 0 ? 100 : 20);
         const auto step =
             random() % 2 ? ptrdiff_t(piece << random() % 3) : between<ptrdiff_t>(random, -24, 40);
