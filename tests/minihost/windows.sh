@@ -71,10 +71,10 @@ grep -q '^16 passed, 0 failed, 0 skipped ' printed || {
 }
 
 # The check of a bundle: a fault at a time, each in a program of its own.
-# finds FAULT CHECK FINDING: that the check fails with the finding, and the program goes on to its end.
+# finds FAULT CHECK FINDING OPTION…: that the check fails with the finding, and the program goes on to its end.
 finds() {
     local status=0
-    FAULT=$1 "${emulator[@]}" "$minihost" check --calls 60 --limit 2 --include "$2" --include repeat "$faulty" \
+    FAULT=$1 "${emulator[@]}" "$minihost" check --calls 60 --include "$2" --include repeat "${@:4}" "$faulty" \
         >printed 2>&1 </dev/null || status=$?
     { [ $status -eq 1 ] && grep -qF "FAILED   $2: $3" printed && grep -q '^1 passed, 1 failed, 0 skipped ' printed; } || {
         failed=1
@@ -83,7 +83,7 @@ finds() {
     }
 }
 finds crash calls "Sum: segmentation fault"
-finds hang calls "Sum: no end within 2 s"
+finds hang calls "Sum: no end within 4 s" --limit 4
 finds exception calls "Sum: Sum of $faulty threw a C++ exception: no block"
 finds constructor instances "an object of Own: segmentation fault"
 finds "read behind" bounds "Sum: segmentation fault"

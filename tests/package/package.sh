@@ -38,7 +38,8 @@ if [ -f minihost.exe ]; then
     suffix=.exe
     # As a person starts it, at a command line and by a click.
     try() { run cmd /c "Z:${folder//\//\\}\\try.cmd" "$@"; }
-    try | head -1 | grep -q '^---' || fail "without a script, there is no tour"
+    clicked=$(cd / && try) || fail "a click on try.cmd fails: $clicked"
+    [[ $clicked == "--- "* ]] || fail "a click on try.cmd shows no tour: $clicked"
     tour=("examples\\tour.rbs")
 else
     suffix=
