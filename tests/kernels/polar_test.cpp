@@ -134,7 +134,7 @@ TEST_P(PolarKernels, SweepIsTheFormulaBitForBit) {
     // whether the exponential of its second pair is of fused operations.
     const Sweep kSweeps[] = {{1, 8, 591.375},
                              {3, 54, 480},
-                             {1, 8, std::log(8.0) / double(std::bit_cast<float>(0x4202422F))},
+                             {21, 168, std::log(8.0) / double(std::bit_cast<float>(0x4202422F))},
                              {1, 8, 64},
                              {20, 20000, 480},
                              {8, 1, 100.5},
