@@ -38,7 +38,7 @@ std::string failures(const Outcomes& outcomes) {
 
 std::string outcome_of(const char* fault) {
     set_variable("FAULT", fault);
-    Subject subject{.bundle = FAULTY_BUNDLE, .calls = 60};
+    Subject subject{.bundle = path_named(FAULTY_BUNDLE), .calls = 60};
     if (std::string(fault) == "hang") subject.limit = std::chrono::milliseconds(1000);
     const std::string lines = failures(outcomes(subject));
     set_variable("FAULT", nullptr);
@@ -120,7 +120,7 @@ TEST_F(CheckBundles, ABundleThatDoesNotLoadSkipsTheRest) {
         << declarations;
     EXPECT_EQ(declarations.find("entry"), declarations.npos) << declarations;
 
-    const std::string none = failures(outcomes({.bundle = NO_ENTRY_BUNDLE}));
+    const std::string none = failures(outcomes({.bundle = path_named(NO_ENTRY_BUNDLE)}));
     EXPECT_NE(none.find("entry: " NO_ENTRY_BUNDLE ": no bundle, it has no entry point"), none.npos) << none;
     EXPECT_NE(none.find("exports: exports no_entry_point\nexports: does not export REALPluginMain\n"),
               none.npos)
@@ -131,14 +131,14 @@ TEST_F(CheckBundles, ABundleThatDoesNotLoadSkipsTheRest) {
     const char* needed = "libraries: needs libffi";
 #endif
     EXPECT_NE(none.find(needed), none.npos) << none;
-    const std::string text = failures(outcomes({.bundle = SOURCE_DIR "/README.md"}));
+    const std::string text = failures(outcomes({.bundle = path_named(SOURCE_DIR "/README.md")}));
     EXPECT_NE(text.find("exports: the file is no whole image for this processor\n"), text.npos) << text;
 }
 
 // The scripts in findings are made of the same calls.
 TEST_F(CheckBundles, CallsCanBePastedAsScripts) {
     Host host;
-    host.load(MINIHOST_BUNDLE);
+    host.load(path_named(MINIHOST_BUNDLE));
     std::ostringstream out;
     size_t run_scripts = 0;
     for (const Member& member : members_of(host)) {
@@ -161,7 +161,7 @@ TEST_F(CheckBundles, CallsCanBePastedAsScripts) {
 
 TEST(CheckCalls, AreTheSameForTheSameSeed) {
     Host host;
-    host.load(MINIHOST_BUNDLE);
+    host.load(path_named(MINIHOST_BUNDLE));
     const Member member = members_of(host).front();
     const auto script = [&](uint64_t seed) {
         return script_of(member, make_call(host, member, check::Random(seed)));

@@ -21,7 +21,7 @@ Place place_in_script() { return {"script.rbs", 12}; }
 
 class HostileBundle : public testing::Test {
  protected:
-    void load() { host_.load(kHostile); }
+    void load() { host_.load(path_named(kHostile)); }
     Host host_;
 };
 
@@ -44,7 +44,7 @@ TEST_F(HostileBundle, CrashesNameBundleMemberAndPlace) {
     ends(
         [&] {
             set_variable("HOSTILE", "crash");
-            host_.load(kHostile);
+            host_.load(path_named(kHostile));
         },
         "REALPluginMain .segmentation fault.");
 #ifndef EMULATED  // an emulator has a word of its own to say
@@ -197,7 +197,7 @@ TEST(HostTrace, NamesObjectsStringsEncodingsAndRecords) {
     Options options;
     options.trace = trace_to(out);
     Host host(std::move(options));
-    host.load(kHostile);
+    host.load(path_named(kHostile));
     out.str("");
     const auto make = operation<REALobject(const char*)>("PluginNewInstance");
     const auto lock = operation<void(REALobject)>("REALLockObject");
@@ -233,7 +233,7 @@ TEST(HostTrace, NamesObjectsStringsEncodingsAndRecords) {
 TEST(HostImages, AreFreshEachTime) {
     for (int round = 0; round < 100; ++round) {
         Host host;
-        host.load(PROBE_BUNDLE);
+        host.load(path_named(PROBE_BUNDLE));
         ASSERT_EQ(host.globals().size(), 6u);
     }
 }

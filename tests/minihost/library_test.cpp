@@ -679,7 +679,9 @@ TEST_F(LibraryTest, FileSpecificationsGoThereAndBack) {
 // Bundles
 
 TEST_F(LibraryTest, OnlyBundlesAreLoaded) {
-    const auto error = [&](const std::string& path) { return thrown<LoadError>([&] { host_->load(path); }); };
+    const auto error = [&](const std::string& path) {
+        return thrown<LoadError>([&] { host_->load(path_named(path)); });
+    };
 #ifdef _WIN32
     const std::string too_short = "the file is no whole image for this processor";
     const std::string cut_off = too_short;
@@ -691,7 +693,8 @@ TEST_F(LibraryTest, OnlyBundlesAreLoaded) {
     std::ofstream(text) << "no bundle";
     EXPECT_EQ(error(text), text + ": no bundle that can be loaded (" + too_short + ")");
     for (const uintmax_t size : {500u, 1000u, 4096u, 20000u}) {
-        std::filesystem::copy_file(MINIHOST_BUNDLE, text, std::filesystem::copy_options::overwrite_existing);
+        std::filesystem::copy_file(path_named(MINIHOST_BUNDLE), text,
+                                   std::filesystem::copy_options::overwrite_existing);
         std::filesystem::resize_file(text, size);
         EXPECT_EQ(error(text), text + ": no bundle that can be loaded (" + cut_off + ")") << size;
     }
@@ -717,7 +720,7 @@ TEST_F(LibraryTest, TheResolverKnowsWhatTheOptionsSay) {
                               .without = {"PluginRegisterClass"},
                               .late = {"memoryBlockGetPtr"},
                               .replace = {{"newMemoryBlock", reinterpret_cast<void*>(refuse)}}});
-        host.load(MINIHOST_BUNDLE);
+        host.load(path_named(MINIHOST_BUNDLE));
         EXPECT_EQ(host.announced_version(), 9);
         EXPECT_EQ(host.registered_classes().size(), 1u);
         const ObjectRef block = host.new_block("123456");
@@ -727,7 +730,7 @@ TEST_F(LibraryTest, TheResolverKnowsWhatTheOptionsSay) {
         host.call(block.get(), "copybyteszor", arguments);
         EXPECT_EQ(std::memcmp(host.block_data(block.get()), "121234", 6), 0);
 
-        host.load(PROBE_BUNDLE);
+        host.load(path_named(PROBE_BUNDLE));
         const std::vector<Value> string_data = {host.new_string("abc", kUtf8), int32_t(kTextEncodingUnknown)};
         EXPECT_EQ(thrown<HostException>([&] { host.call_global("StringData", string_data); }),
                   "OutOfMemoryException: Failed to allocate a memoryblock with 3 bytes in size.");

@@ -61,7 +61,7 @@ TEST_F(Script, PrintsWhatStandsBesideIt) {
     const std::string_view other_system = "windows";
 #endif
     size_t count = 0;
-    for (const auto& entry : fs::directory_iterator(SOURCE_DIR "/tests/minihost/scripts")) {
+    for (const auto& entry : fs::directory_iterator(path_named(SOURCE_DIR "/tests/minihost/scripts"))) {
         if (entry.path().stem() == other_system) continue;
         std::ifstream file(entry.path());
         std::string script;
@@ -303,7 +303,8 @@ TEST_F(Script, HelpsWithNames) {
     EXPECT_NE(run("help sweep").find("_CalcLogSweepTableZOR     Computes a "), std::string::npos);
     EXPECT_NE(run("help language").find("\nBuilt-ins\n"), std::string::npos);
     // Where the first column leaves little room for the second, that one stands below.
-    EXPECT_NE(run("help language").find("\n  WriteFile(path, block)\n      Writes a file;"), std::string::npos);
+    EXPECT_NE(run("help language").find("\n  WriteFile(path, block)\n      Writes a file;"),
+              std::string::npos);
     EXPECT_EQ(run("help while"), "  While test … Wend  As long as the test is true.\n");
     const std::string sound = run("help readsound");
     EXPECT_TRUE(

@@ -161,7 +161,7 @@ TEST(HostWithout, OneOperationEverythingElseIsAsOnAnyHost) {
         for (const double version : {2011.0, 2013.04}) {
             SCOPED_TRACE((keys.empty() ? "nothing" : *keys.begin()) + " missing");
             Host host({.version = version, .without = keys});
-            host.load(MINIHOST_BUNDLE);
+            host.load(path_named(MINIHOST_BUNDLE));
             const bool converts_itself = keys.contains("REALConvertString") && version > 2012;
             Results expected = converts_itself ? Results() : differences;
             expected.insert(whole.begin(), whole.end());

@@ -18,7 +18,7 @@ namespace {
 
 // The members of the extension in the registered order, a line each.
 std::vector<std::string> expected_methods() {
-    std::ifstream file(SOURCE_DIR "/tests/plugin/methods.txt");
+    std::ifstream file(path_named(SOURCE_DIR "/tests/plugin/methods.txt"));
     std::vector<std::string> lines;
     for (std::string line; std::getline(file, line);) lines.push_back(line);
     return lines;
@@ -206,7 +206,7 @@ void* counting_resolver(const char* key) {
 }
 
 TEST(EntryPoint, AsksForWhatItNeedsInOrderAndOnce) {
-    const minihost::EntryPoint main = minihost::open_bundle(MINIHOST_BUNDLE);
+    const minihost::EntryPoint main = minihost::open_bundle(path_named(MINIHOST_BUNDLE));
     version_of_host = 2013.0;
     main(counting_resolver);
     EXPECT_EQ(announced, 11);
@@ -234,7 +234,7 @@ void* resolver_of_an_old_host(const char* key) {
 }
 
 TEST(EntryPoint, ASecondStartOnAnOldHostHandsOverTheSameRecords) {
-    const minihost::EntryPoint main = minihost::open_bundle(MINIHOST_BUNDLE);
+    const minihost::EntryPoint main = minihost::open_bundle(path_named(MINIHOST_BUNDLE));
     main(resolver_of_an_old_host);
     main(resolver_of_an_old_host);
     ASSERT_EQ(handed_over.size(), 4u);

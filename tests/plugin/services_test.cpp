@@ -10,7 +10,7 @@ namespace {
 
 class ServicesTest : public BundleTest {
  protected:
-    void start(Options options = {}) { BundleTest::start(std::move(options), PROBE_BUNDLE); }
+    void start(Options options = {}) { BundleTest::start(std::move(options), path_named(PROBE_BUNDLE)); }
 
     Value global(std::string_view name, std::vector<Value> arguments) {
         return host().call_global(name, arguments);

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "minihost/library/host.h"
+#include "minihost/platform/files.h"
 #include "tests/support/guarded.h"
 
 using minihost::Host;
@@ -20,13 +21,15 @@ using minihost::Options;
 using minihost::Pointer;
 using minihost::StringRef;
 using minihost::Value;
+// Narrow strings are paths of another encoding on Windows.
+using minihost::platform::path_named;
 using Bytes = std::vector<uint8_t>;
 
 // A test with a host and a bundle. At its end no reference may be open and no fault recorded.
 class BundleTest : public testing::Test {
  protected:
     // Starts a host and loads a bundle; ends the one before.
-    void start(Options options = {}, const std::filesystem::path& bundle = MINIHOST_BUNDLE);
+    void start(Options options = {}, const std::filesystem::path& bundle = path_named(MINIHOST_BUNDLE));
     // Ends the host after checking its accounts.
     void stop();
     void TearDown() override;
