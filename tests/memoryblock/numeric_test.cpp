@@ -39,8 +39,12 @@ TEST_F(NumericTest, WholeUnitsInsideTheBlockAreChanged) {
     const GuardedBytes first(kBytes, GuardedBytes::kEnd, random);
     const GuardedBytes second(kBytes, GuardedBytes::kEnd, random);
     check(chosen<uint8_t>("MinZOR", first, second, false));
+    check(chosen<int8_t>("MaxZOR", first, second, true));
+    check(chosen<uint16_t>("MinZOR", first, second, false));
     check(chosen<int16_t>("MaxZOR", first, second, true));
     check(chosen<uint32_t>("MaxZOR", first, second, true));
+    check(chosen<int32_t>("MinZOR", first, second, false));
+    check(chosen<uint64_t>("MaxZOR", first, second, true));
     check(chosen<int64_t>("MinZOR", first, second, false));
     const auto half_more = [](uint8_t* unit, size_t) { *unit = uint8_t(std::min(255, *unit * 3 / 2)); };
     check({.name = "MultiplyUInt8ZOR", .before = {1.5}, .change = each_unit(1, half_more)});
