@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdio>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -20,6 +21,13 @@ struct Apart {
     std::string end;     // empty when it returned, or what happened: "segmentation fault", "exit status 3"
     std::string note;    // the last one
 };
+
+// The end of work that took longer than it may.
+inline std::string no_end_within(std::chrono::milliseconds limit) {
+    char text[48];
+    std::snprintf(text, sizeof text, "no end within %g s", double(limit.count()) / 1000);
+    return text;
+}
 
 // Runs the work in a copy of this process, which is ended after `limit`. It has no standard input, and what
 // it prints is dropped. Where a system has no such copies, the work runs in this process and is ended in it,

@@ -1,9 +1,8 @@
 // What the table of a level does not show: its float functions and the parts of its search.
 //
 //   forms_LEVEL          a sample of the floats
-//   forms_LEVEL every    every float for sine, cosine and exponential; for the arc tangent every float with
-//   1,
-//                        and a thousand million pairs
+//   forms_LEVEL every    every float for sine, cosine and exponential; for the arc tangent
+//                        every float with 1, and a thousand million pairs
 #include LEVEL_SOURCE
 
 #ifndef _WIN32

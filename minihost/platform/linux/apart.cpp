@@ -140,12 +140,6 @@ std::string ending(int status) {
     return name;
 }
 
-std::string seconds(std::chrono::milliseconds time) {
-    char text[32];
-    std::snprintf(text, sizeof text, "%g s", double(time.count()) / 1000);
-    return text;
-}
-
 }  // namespace
 
 Apart run_apart(const std::function<std::string(Note&)>& work, std::chrono::milliseconds limit) {
@@ -167,7 +161,7 @@ Apart run_apart(const std::function<std::string(Note&)>& work, std::chrono::mill
     kill(-child, SIGKILL);  // and what it may have started
     if (!status) {
         waitpid(child, nullptr, 0);
-        return {"", "no end within " + seconds(limit), note.get()};
+        return {"", no_end_within(limit), note.get()};
     }
     if (answer.size() < 2 || answer.back() != kWhole) return {"", ending(*status), note.get()};
     const std::string text = answer.substr(1, answer.size() - 2);

@@ -5,29 +5,22 @@
 
 #include <algorithm>
 #include <cstring>
-#include <fstream>
-#include <iterator>
 #include <set>
-#include <stdexcept>
+
+#include "minihost/platform/image_bytes.h"
 
 namespace minihost::platform {
 namespace {
 
 constexpr bool kWide = sizeof(void*) == 8;
 
-[[noreturn]] void refuse(const std::string& what) {
-    throw std::runtime_error("the file is no whole " + what);
-}
-
 class File {
  public:
-    explicit File(const std::filesystem::path& path) {
-        std::ifstream in(path, std::ios::binary);
-        bytes_.assign(std::istreambuf_iterator<char>(in), {});
-        head_ = at<ElfW(Ehdr)>(0);
+    explicit File(const std::filesystem::path& path) : bytes_(path) {
+        head_ = bytes_.at<ElfW(Ehdr)>(0);
         if (std::memcmp(head_.e_ident, ELFMAG, SELFMAG) != 0 ||
             head_.e_ident[EI_CLASS] != (kWide ? ELFCLASS64 : ELFCLASS32)) {
-            refuse("image for this processor");
+            refuse_image("image for this processor");
         }
     }
 
@@ -44,32 +37,21 @@ class File {
     std::vector<Entry> entries(const ElfW(Shdr) & section) const {
         std::vector<Entry> found;
         for (size_t i = 0; i < section.sh_size / sizeof(Entry); ++i)
-            found.push_back(at<Entry>(section.sh_offset + i * sizeof(Entry)));
+            found.push_back(bytes_.at<Entry>(section.sh_offset + i * sizeof(Entry)));
         return found;
     }
 
     // From the table of strings that belongs to a section.
     std::string text(const ElfW(Shdr) & section, size_t offset) const {
-        const size_t from = this->section(section.sh_link).sh_offset + offset;
-        const size_t to = from < bytes_.size() ? bytes_.find('\0', from) : bytes_.npos;
-        if (to == bytes_.npos) refuse("table of names");
-        return bytes_.substr(from, to - from);
+        return bytes_.text(this->section(section.sh_link).sh_offset + offset);
     }
 
  private:
     ElfW(Shdr) section(size_t index) const {
-        return at<ElfW(Shdr)>(head_.e_shoff + index * sizeof(ElfW(Shdr)));
+        return bytes_.at<ElfW(Shdr)>(head_.e_shoff + index * sizeof(ElfW(Shdr)));
     }
 
-    template <class Record>
-    Record at(size_t offset) const {
-        if (offset > bytes_.size() || bytes_.size() - offset < sizeof(Record)) refuse("image");
-        Record record;
-        std::memcpy(&record, bytes_.data() + offset, sizeof record);
-        return record;
-    }
-
-    std::string bytes_;
+    ImageBytes bytes_;
     ElfW(Ehdr) head_;
 };
 

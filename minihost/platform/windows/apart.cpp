@@ -4,7 +4,6 @@
 
 #include <windows.h>
 
-#include <cstdio>
 #include <exception>
 #include <stdexcept>
 
@@ -47,12 +46,6 @@ DWORD WINAPI run_work(void* data) {
     return 0;
 }
 
-std::string seconds(std::chrono::milliseconds time) {
-    char text[32];
-    std::snprintf(text, sizeof text, "%g s", double(time.count()) / 1000);
-    return text;
-}
-
 }  // namespace
 
 Apart run_apart(const std::function<std::string(Note&)>& work, std::chrono::milliseconds limit) {
@@ -69,7 +62,7 @@ Apart run_apart(const std::function<std::string(Note&)>& work, std::chrono::mill
     }
     CloseHandle(thread);
     if (end == WAIT_OBJECT_0 + 1) return {"", crash, run.note.last};
-    if (end != WAIT_OBJECT_0) return {"", "no end within " + seconds(limit), run.note.last};
+    if (end != WAIT_OBJECT_0) return {"", no_end_within(limit), run.note.last};
     if (!run.failure.empty()) throw std::runtime_error(run.failure);
     return {run.result, "", run.note.last};
 }

@@ -5,35 +5,28 @@
 
 #include <algorithm>
 #include <cctype>
-#include <cstring>
-#include <fstream>
-#include <iterator>
+#include <cstddef>
 #include <set>
-#include <stdexcept>
+
+#include "minihost/platform/image_bytes.h"
 
 namespace minihost::platform {
 namespace {
 
-[[noreturn]] void refuse(const std::string& what) {
-    throw std::runtime_error("the file is no whole " + what);
-}
-
 // Its places are given as those of the loaded image.
 class File {
  public:
-    explicit File(const std::filesystem::path& path) {
-        std::ifstream in(path, std::ios::binary);
-        bytes_.assign(std::istreambuf_iterator<char>(in), {});
-        const auto dos = at<IMAGE_DOS_HEADER>(0);
-        if (dos.e_magic != IMAGE_DOS_SIGNATURE || dos.e_lfanew < 0) refuse("image for this processor");
-        head_ = at<IMAGE_NT_HEADERS>(size_t(dos.e_lfanew));
+    explicit File(const std::filesystem::path& path) : bytes_(path) {
+        const auto dos = bytes_.at<IMAGE_DOS_HEADER>(0);
+        if (dos.e_magic != IMAGE_DOS_SIGNATURE || dos.e_lfanew < 0) refuse_image("image for this processor");
+        head_ = bytes_.at<IMAGE_NT_HEADERS>(size_t(dos.e_lfanew));
         if (head_.Signature != IMAGE_NT_SIGNATURE || head_.FileHeader.Machine != IMAGE_FILE_MACHINE_AMD64 ||
             head_.OptionalHeader.Magic != IMAGE_NT_OPTIONAL_HDR_MAGIC)
-            refuse("image for this processor");
+            refuse_image("image for this processor");
         const size_t first = size_t(dos.e_lfanew) + offsetof(IMAGE_NT_HEADERS, OptionalHeader) +
                              head_.FileHeader.SizeOfOptionalHeader;
         for (size_t i = 0; i < head_.FileHeader.NumberOfSections; ++i)
-            sections_.push_back(at<IMAGE_SECTION_HEADER>(first + i * sizeof(IMAGE_SECTION_HEADER)));
+            sections_.push_back(bytes_.at<IMAGE_SECTION_HEADER>(first + i * sizeof(IMAGE_SECTION_HEADER)));
     }
 
     // Where a table lies; 0 when there is none.
@@ -41,15 +34,10 @@ class File {
 
     template <class Record>
     Record record(size_t address) const {
-        return at<Record>(offset_of(address));
+        return bytes_.at<Record>(offset_of(address));
     }
 
-    std::string text(size_t address) const {
-        const size_t from = offset_of(address);
-        const size_t to = from < bytes_.size() ? bytes_.find('\0', from) : bytes_.npos;
-        if (to == bytes_.npos) refuse("table of names");
-        return bytes_.substr(from, to - from);
-    }
+    std::string text(size_t address) const { return bytes_.text(offset_of(address)); }
 
  private:
     size_t offset_of(size_t address) const {
@@ -57,18 +45,10 @@ class File {
             if (address >= section.VirtualAddress && address - section.VirtualAddress < section.SizeOfRawData)
                 return address - section.VirtualAddress + section.PointerToRawData;
         }
-        refuse("image");
+        refuse_image();
     }
 
-    template <class Record>
-    Record at(size_t offset) const {
-        if (offset > bytes_.size() || bytes_.size() - offset < sizeof(Record)) refuse("image");
-        Record record;
-        std::memcpy(&record, bytes_.data() + offset, sizeof record);
-        return record;
-    }
-
-    std::string bytes_;
+    ImageBytes bytes_;
     IMAGE_NT_HEADERS head_;
     std::vector<IMAGE_SECTION_HEADER> sections_;
 };

@@ -45,7 +45,8 @@ class Copies {
     Copies& operator=(const Copies&) = delete;
 
     HMODULE load_copy(const fs::path& file) {
-        const fs::path copy = folder_ / (std::to_string(images_.size()) + file.filename().string());
+        fs::path copy = folder_ / std::to_string(images_.size());
+        copy += file.filename();
         fs::copy_file(file, copy, fs::copy_options::overwrite_existing);
         images_.push_back(load(copy));
         return images_.back();
