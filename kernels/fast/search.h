@@ -285,6 +285,7 @@ struct Search {
     template <class Load>
     Mask narrowed(Load bytes_at, size_t at, Mask mask);
     void learn(size_t difference) { probes[2 + learned++ % (larger<size_t>(active, 3) - 2)] = difference; }
+    template <size_t kProbes>
     size_t compare(size_t at, size_t places);
     size_t compare_whole(size_t at, Mask mask);
 };
@@ -367,12 +368,13 @@ Mask Search::narrowed(Load bytes_at, size_t at, Mask mask) {
     return mask;
 }
 
-// Compares the needle at the places from `at` on, and rules those places out. Returns the first at which it
-// lies.
+// Compares the needle at the places from `at` on at which some probes agree, and rules all those places out.
+// Returns the first at which it lies.
+template <size_t kProbes>
 size_t Search::compare(size_t at, size_t places) {
-    const uint8_t* rows[kAlways];
-    Bytes wanted[kAlways];
-    for (size_t k = 0; k < kAlways; ++k) {
+    const uint8_t* rows[kProbes];
+    Bytes wanted[kProbes];
+    for (size_t k = 0; k < kProbes; ++k) {
         rows[k] = haystack + probes[k];
         wanted[k] = all(needle[probes[k]]);
     }
@@ -381,7 +383,7 @@ size_t Search::compare(size_t at, size_t places) {
     if (places < kVector) {
         const auto some = [&](const uint8_t* bytes) { return part(bytes, places); };
         Mask mask = first_bytes(places);
-        for (size_t k = 0; k < kAlways; ++k) mask &= mask_of(marked_equal(some(rows[k] + at), wanted[k]));
+        for (size_t k = 0; k < kProbes; ++k) mask &= mask_of(marked_equal(some(rows[k] + at), wanted[k]));
         if (mask) found = compare_whole(at, narrowed(some, at, mask));
     } else {
         for (size_t i = at; found == kNotFound && i < end; i += kVector) {
@@ -481,7 +483,9 @@ size_t find(const uint8_t* haystack, size_t n, const uint8_t* needle, size_t m) 
         if (search.active == 0 && search.next >= searched_before) search.choose_rare_probes();
         const size_t at = search.next_round();
         if (at >= search.starts) break;
-        const size_t found = search.compare(at, search.places_from(at));
+        const size_t places = search.places_from(at);
+        const size_t found = search.active == kMaxProbes ? search.compare<kMaxProbes>(at, places)
+                                                         : search.compare<kAlways>(at, places);
         if (found != kNotFound) return found;
         if (search.active != 0 && search.active < kMaxProbes &&
             ++rounds > 1 + (search.next - since) / (16 * kRound)) {

@@ -14,10 +14,21 @@ constexpr size_t kMaskBits = 1;
 #include "kernels/fast/vector.h"
 
 inline Mask high_bits(Bytes v) { return _mm512_movepi8_mask(__m512i(v)); }
-using Marks = Mask;
-inline Marks marked_equal(Bytes a, Bytes b) { return _mm512_cmpeq_epi8_mask(__m512i(a), __m512i(b)); }
-inline Mask mask_of(Marks marks) { return marks; }
-inline bool any(Marks marks) { return marks != 0; }
+// A byte of 0 is a mark: differences are joined in vectors, several to an instruction, where comparisons
+// would give masks, which processors join one at a time.
+struct Marks {
+    Bytes differences;
+    friend Marks operator&(Marks a, Marks b) { return {a.differences | b.differences}; }
+    friend Marks operator|(Marks a, Marks b) {
+        return {Bytes(_mm512_min_epu8(__m512i(a.differences), __m512i(b.differences)))};
+    }
+    Marks& operator&=(Marks other) { return *this = *this & other; }
+};
+inline Marks marked_equal(Bytes a, Bytes b) { return {a ^ b}; }
+inline Mask mask_of(Marks marks) {
+    return _mm512_testn_epi8_mask(__m512i(marks.differences), __m512i(marks.differences));
+}
+inline bool any(Marks marks) { return mask_of(marks) != 0; }
 inline bool any(Bytes v) { return _mm512_test_epi8_mask(__m512i(v), __m512i(v)) != 0; }
 inline Bytes part(const uint8_t* bytes, size_t n) {
     return Bytes(_mm512_maskz_loadu_epi8(first_bytes(n), bytes));
