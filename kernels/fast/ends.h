@@ -77,7 +77,7 @@ inline void change_bytes(uint8_t* data, size_t n, size_t unit, Rule rule) {
     const Bytes back = rule(load<Bytes>(data + at_end));
     const size_t to_alignment = -uintptr_t(data) % kVectorBytes;
     each_vector(to_alignment % unit == 0 ? to_alignment : kVectorBytes, at_end,
-                [=](size_t i) { store(data + i, rule(load<Bytes>(data + i))); });
+                [=](size_t i) { store(data + i, rule(in_register(load<Bytes>(data + i)))); });
     store(data + at_end, back);
     store(data, front);
 }

@@ -9,7 +9,7 @@ void expand_bits(uint8_t* destination, size_t destination_count, const uint8_t* 
     const Bytes highs = all(high);
     const size_t whole = smaller(destination_count, 8 * source_count) / kVectorBytes * kVectorBytes;
     each_vector(0, whole, [=, bits = source](size_t i) mutable {
-        store(destination + i, expanded(bits) ? highs : lows);
+        store(destination + i, expanded(bits, lows, highs));
         bits += kVectorBytes / 8;
     });
     if (whole == destination_count) return;

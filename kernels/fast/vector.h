@@ -6,12 +6,14 @@
 // Marks: a mark or none for each byte of a vector, to be joined by & and | before a Mask is made
 // mask_of(marks): the Mask of the bytes that have a mark
 // marked_equal(a, b): marks of the bytes in which a and b are equal
+// in_register(v): v, which the compiler then loads once and not again for each use
 // high_bits(v): a Mask of the bytes of 0x80 and above
 // any(v): whether any bit, or any mark, is set
 // part(bytes, n): the n bytes there, fewer than a vector's, and zeros; other bytes are not touched
 // reversed(v): the bytes in reverse order
 // swapped16/32(v): the bytes of each unit of 2, of 4, in reverse order
 // bits_reversed(v): the bits of each byte in reverse order
+// expanded(bits, low, high): for each bit from the address `bits` on a byte of one of these vectors
 // sums_of_three(v): for each unit of 4 bytes the sum of its first three, as a number of 32 bits
 // without_borrow(a, b): differences of unsigned 16-bit numbers, 0 where they would be negative
 // high_products(a, b): the upper 16 bits of the products of unsigned 16-bit numbers
@@ -24,7 +26,7 @@
 // rounded(v): doubles rounded to float
 // truncated(v): doubles below 2^31 without their fractions
 // low_products(a, b): the products of the lower halves of words
-// looked_up(table, v): the table's words at the indices v
+// looked_up<n>(table, v): the words at the indices v of a table of n, 16 or 32
 // Fused::multiply_add(a, b, c): a * b + c, rounded once; Fused is Separate on levels without it
 //
 // For picking bytes by their positions, vectors hold windows of kWindowBytes bytes each:

@@ -13,6 +13,10 @@ using Mask = uint32_t;
 constexpr size_t kMaskBits = 1;
 #include "kernels/fast/vector.h"
 
+inline Bytes in_register(Bytes v) {
+    __asm__("" : "+x"(v));
+    return v;
+}
 inline Mask high_bits(Bytes v) { return Mask(_mm256_movemask_epi8(__m256i(v))); }
 using Marks = Bytes;
 inline Marks marked_equal(Bytes a, Bytes b) { return Marks(a == b); }
@@ -93,12 +97,12 @@ inline Bytes picked(Bytes v, Bytes from) { return shuffled(v, from); }
 
 #include "kernels/fast/extract.h"
 
-inline Bytes expanded(const uint8_t* bits) {
+inline Bytes expanded(const uint8_t* bits, Bytes low, Bytes high) {
     const auto bit_of_each = Bytes(all(UINT64_C(0x0102040810204080)));
     const auto byte_of_each =
         Bytes(_mm256_setr_epi64x(0, 0x0101010101010101, 0x0202020202020202, 0x0303030303030303));
     const Bytes bytes = shuffled(Bytes(all(load<uint32_t>(bits))), byte_of_each);
-    return Bytes((bytes & bit_of_each) == bit_of_each);
+    return (bytes & bit_of_each) == bit_of_each ? high : low;
 }
 
 inline Doubles second_of(Words pairs) {
@@ -114,7 +118,10 @@ inline Words pairs_of(Doubles first, Doubles second) {
 }
 inline Doubles rounded(Doubles v) { return Doubles(_mm256_cvtps_pd(_mm256_cvtpd_ps(__m256d(v)))); }
 inline Words low_products(Words a, Words b) { return Words(_mm256_mul_epu32(__m256i(a), __m256i(b))); }
-inline Words looked_up(const uint64_t* table, Words indices) { return looked_up_singly(table, indices); }
+template <size_t kCount>
+inline Words looked_up(const uint64_t* table, Words indices) {
+    return looked_up_singly(table, indices);
+}
 inline Doubles truncated(Doubles v) {
     return Doubles(_mm256_round_pd(__m256d(v), _MM_FROUND_TO_ZERO | _MM_FROUND_NO_EXC));
 }

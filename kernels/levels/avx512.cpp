@@ -13,6 +13,10 @@ using Mask = uint64_t;
 constexpr size_t kMaskBits = 1;
 #include "kernels/fast/vector.h"
 
+inline Bytes in_register(Bytes v) {
+    __asm__("" : "+v"(v));
+    return v;
+}
 inline Mask high_bits(Bytes v) { return _mm512_movepi8_mask(__m512i(v)); }
 // A byte of 0 is a mark: differences are joined in vectors, several to an instruction, where comparisons
 // would give masks, which processors join one at a time.
@@ -106,8 +110,14 @@ inline Bytes picked(Bytes v, Bytes from) {
 
 #include "kernels/fast/extract.h"
 
-inline Bytes expanded(const uint8_t* bits) {
-    return Bytes(_mm512_movm_epi8(bits_in_bytes_reversed(load<uint64_t>(bits))));
+inline Bytes expanded(const uint8_t* bits, Bytes low, Bytes high) {
+    const __m512i bit_of_each = _mm512_set1_epi64(0x0102040810204080);
+    const __m512i byte_of_each =
+        _mm512_setr_epi64(0, 0x0101010101010101, 0x0202020202020202, 0x0303030303030303, 0x0404040404040404,
+                          0x0505050505050505, 0x0606060606060606, 0x0707070707070707);
+    const __m512i bytes = _mm512_shuffle_epi8(__m512i(all(load<uint64_t>(bits))), byte_of_each);
+    return Bytes(
+        _mm512_mask_blend_epi8(_mm512_test_epi8_mask(bytes, bit_of_each), __m512i(low), __m512i(high)));
 }
 
 inline Doubles second_of(Words pairs) {
@@ -121,8 +131,16 @@ inline Words pairs_of(Doubles first, Doubles second) {
 }
 inline Doubles rounded(Doubles v) { return Doubles(_mm512_cvtps_pd(_mm512_cvtpd_ps(__m512d(v)))); }
 inline Words low_products(Words a, Words b) { return Words(_mm512_mul_epu32(__m512i(a), __m512i(b))); }
+// Tables in registers: an instruction that loads a word for each index takes several times as long.
+template <size_t kCount>
 inline Words looked_up(const uint64_t* table, Words indices) {
-    return Words(_mm512_i64gather_epi64(__m512i(indices), table, sizeof *table));
+    const auto half = [=](const uint64_t* words) {
+        return _mm512_permutex2var_epi64(_mm512_loadu_si512(words), __m512i(indices),
+                                         _mm512_loadu_si512(words + 8));
+    };
+    if constexpr (kCount == 16) return Words(half(table));
+    const __mmask8 in_second = _mm512_test_epi64_mask(__m512i(indices), _mm512_set1_epi64(16));
+    return Words(_mm512_mask_blend_epi64(in_second, half(table), half(table + 16)));
 }
 inline Doubles truncated(Doubles v) {
     return Doubles(_mm512_roundscale_pd(__m512d(v), _MM_FROUND_TO_ZERO | _MM_FROUND_NO_EXC));

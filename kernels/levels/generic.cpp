@@ -12,6 +12,7 @@ using Mask = uint32_t;
 constexpr size_t kMaskBits = 1;
 #include "kernels/fast/vector.h"
 
+inline Bytes in_register(Bytes v) { return v; }
 inline Mask high_bits(Bytes v) {
     Mask mask = 0;
     for (size_t i = 0; i < kVectorBytes; ++i) mask |= Mask(v[i] >> 7) << i;
@@ -81,10 +82,10 @@ inline void store_windows(uint8_t* data, size_t, Bytes v) { store(data, v); }
 
 #include "kernels/fast/extract.h"
 
-inline Bytes expanded(const uint8_t* bits) {
+inline Bytes expanded(const uint8_t* bits, Bytes low, Bytes high) {
     const Vector<uint64_t> bytes = {eight_of(bits[0]), eight_of(bits[1])};
     const auto bit_of_each = Bytes(all(UINT64_C(0x0102040810204080)));
-    return Bytes((Bytes(bytes) & bit_of_each) == bit_of_each);
+    return (Bytes(bytes) & bit_of_each) == bit_of_each ? high : low;
 }
 
 inline Doubles second_of(Words pairs) {
@@ -96,7 +97,10 @@ inline Words pairs_of(Doubles first, Doubles second) {
 }
 inline Doubles rounded(Doubles v) { return Doubles{double(float(v[0])), double(float(v[1]))}; }
 inline Words low_products(Words a, Words b) { return (a & 0xFFFFFFFF) * (b & 0xFFFFFFFF); }
-inline Words looked_up(const uint64_t* table, Words indices) { return looked_up_singly(table, indices); }
+template <size_t kCount>
+inline Words looked_up(const uint64_t* table, Words indices) {
+    return looked_up_singly(table, indices);
+}
 inline Doubles truncated(Doubles v) { return Doubles{double(int64_t(v[0])), double(int64_t(v[1]))}; }
 struct Separate;
 using Fused = Separate;

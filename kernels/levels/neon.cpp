@@ -13,6 +13,10 @@ using Mask = uint64_t;
 constexpr size_t kMaskBits = 4;
 #include "kernels/fast/vector.h"
 
+inline Bytes in_register(Bytes v) {
+    __asm__("" : "+w"(v));
+    return v;
+}
 // Of each byte four bits, by a shift of pairs that drops every other half.
 using Marks = Bytes;
 inline Mask mask_of(Marks marks) {
@@ -75,11 +79,12 @@ inline Bytes picked(Bytes v, Bytes from) { return Bytes(vqtbl1q_u8(uint8x16_t(v)
 
 #include "kernels/fast/extract.h"
 
-inline Bytes expanded(const uint8_t* bits) {
+inline Bytes expanded(const uint8_t* bits, Bytes low, Bytes high) {
     const auto bit_of_each = Bytes(all(UINT64_C(0x0102040810204080)));
     const Bytes bytes =
         picked(Bytes(all(load<uint16_t>(bits))), Bytes{0, 0, 0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 1, 1, 1, 1});
-    return Bytes(vtstq_u8(uint8x16_t(bytes), uint8x16_t(bit_of_each)));
+    return Bytes(
+        vbslq_u8(vtstq_u8(uint8x16_t(bytes), uint8x16_t(bit_of_each)), uint8x16_t(high), uint8x16_t(low)));
 }
 
 // Pairs of floats in the lanes of a word: the second ones as doubles; and doubles, rounded, as pairs.
@@ -96,7 +101,10 @@ inline Doubles rounded(Doubles v) { return Doubles(vcvt_f64_f32(vcvt_f32_f64(flo
 inline Words low_products(Words a, Words b) {
     return Words(vmull_u32(vmovn_u64(uint64x2_t(a)), vmovn_u64(uint64x2_t(b))));
 }
-inline Words looked_up(const uint64_t* table, Words indices) { return looked_up_singly(table, indices); }
+template <size_t kCount>
+inline Words looked_up(const uint64_t* table, Words indices) {
+    return looked_up_singly(table, indices);
+}
 inline Doubles truncated(Doubles v) { return Doubles(vrndq_f64(float64x2_t(v))); }
 struct Fused {
     static Doubles multiply_add(Doubles a, Doubles b, Doubles c) {

@@ -13,6 +13,10 @@ using Mask = uint32_t;
 constexpr size_t kMaskBits = 1;
 #include "kernels/fast/vector.h"
 
+inline Bytes in_register(Bytes v) {
+    __asm__("" : "+x"(v));
+    return v;
+}
 inline Mask high_bits(Bytes v) { return Mask(_mm_movemask_epi8(__m128i(v))); }
 using Marks = Bytes;
 inline Marks marked_equal(Bytes a, Bytes b) { return Marks(a == b); }
@@ -83,11 +87,11 @@ inline Bytes picked(Bytes v, Bytes from) { return shuffled(v, from); }
 
 #include "kernels/fast/extract.h"
 
-inline Bytes expanded(const uint8_t* bits) {
+inline Bytes expanded(const uint8_t* bits, Bytes low, Bytes high) {
     const auto bit_of_each = Bytes(all(UINT64_C(0x0102040810204080)));
     const Bytes bytes =
         shuffled(Bytes(all(load<uint16_t>(bits))), Bytes{0, 0, 0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 1, 1, 1, 1});
-    return Bytes((bytes & bit_of_each) == bit_of_each);
+    return (bytes & bit_of_each) == bit_of_each ? high : low;
 }
 
 // Pairs of floats in the lanes of a word: the second ones as doubles; and doubles, rounded, as pairs.
@@ -99,7 +103,10 @@ inline Words pairs_of(Doubles first, Doubles second) {
 }
 inline Doubles rounded(Doubles v) { return Doubles(_mm_cvtps_pd(_mm_cvtpd_ps(__m128d(v)))); }
 inline Words low_products(Words a, Words b) { return Words(_mm_mul_epu32(__m128i(a), __m128i(b))); }
-inline Words looked_up(const uint64_t* table, Words indices) { return looked_up_singly(table, indices); }
+template <size_t kCount>
+inline Words looked_up(const uint64_t* table, Words indices) {
+    return looked_up_singly(table, indices);
+}
 inline Doubles truncated(Doubles v) {
     return Doubles(_mm_round_pd(__m128d(v), _MM_FROUND_TO_ZERO | _MM_FROUND_NO_EXC));
 }
