@@ -27,7 +27,8 @@ inline Bytes load_long_pieces(const uint8_t* data, size_t n) {
     if constexpr (kAll == 32) {
         return Bytes(__builtin_shufflevector(front, back, 0, 1, 2, 3));
     } else if constexpr (kBytes == 16) {
-        return Bytes(__builtin_shufflevector(front, back, 0, 1, 2, 3, -1, -1, -1, -1));
+        const auto both = __builtin_shufflevector(front, back, 0, 1, 2, 3);
+        return Bytes(__builtin_shufflevector(both, both, 0, 1, 2, 3, -1, -1, -1, -1));
     } else {
         return Bytes(__builtin_shufflevector(front, back, 0, 1, 2, 3, 4, 5, 6, 7));
     }
