@@ -446,12 +446,20 @@ struct ShortNeedle {
     size_t find_by_vectors(const uint8_t* haystack, size_t starts) const {
         const uint8_t* const rows[] = {haystack, haystack + m / 2, haystack + m - 1};
         const Bytes wanted[] = {all(needle[0]), all(needle[m / 2]), all(needle[m - 1])};
-        const size_t last_vector = starts - kVector;
-        for (size_t i = 0;; i = smaller(i + kVector, last_vector)) {
-            for (Mask mask = mask_of(agreeing(rows, wanted, i)); mask; mask = without_first(mask)) {
+        const auto first_of = [&](size_t i, Mask mask) {
+            for (; mask; mask = without_first(mask)) {
                 if (is_at(haystack + i + first(mask))) return i + first(mask);
             }
-            if (i == last_vector) return kNotFound;
+            return kNotFound;
+        };
+        if (starts < kVector) {
+            const auto places = [&](size_t k) { return marked_equal(part(rows[k], starts), wanted[k]); };
+            return first_of(0, mask_of(places(0) & places(1) & places(2)) & first_bytes(starts));
+        }
+        const size_t last_vector = starts - kVector;
+        for (size_t i = 0;; i = smaller(i + kVector, last_vector)) {
+            const size_t found = first_of(i, mask_of(agreeing(rows, wanted, i)));
+            if (found != kNotFound || i == last_vector) return found;
         }
     }
 };
@@ -468,7 +476,7 @@ size_t find(const uint8_t* haystack, size_t n, const uint8_t* needle, size_t m) 
     // What lies in one page may be read by vectors.
     const bool in_page = n <= left_in_page(haystack);
     if (m <= 2 * kWord && starts <= (in_page ? kShortSearch : kFewStarts)) {
-        const bool by_vectors = in_page && starts >= kVector;
+        const bool by_vectors = in_page && starts >= kFewestPlaces;
         if (m >= 8) return find_short(haystack, starts, ShortNeedle<uint64_t>{needle, m}, by_vectors);
         if (m >= 4) return find_short(haystack, starts, ShortNeedle<uint32_t>{needle, m}, by_vectors);
         return find_short(haystack, starts, ShortNeedle<uint16_t>{needle, m}, by_vectors);
