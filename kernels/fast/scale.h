@@ -130,9 +130,22 @@ void scale_by(uint8_t* samples, size_t n, const Multiplier& multiplier) {
     scale_rounded<kBelowOne, 0>(samples, n, multiplier);
 }
 
+// Each product once.
+template <class Table>
+void scale_by_table(uint8_t* samples, size_t n, double factor) {
+    uint8_t products[256];
+    for (unsigned i = 0; i < sizeof products; ++i) products[i] = uint8_t(i);
+    scale_few_uint8(products, sizeof products, factor);
+    change_bytes(samples, n, 1, Table(products));
+}
+
 void scale_uint8(uint8_t* samples, size_t n, double factor) {
     if (!(factor >= 0)) return;
     factor = smaller(factor, 255.0);
+    if constexpr (ByteTable::kThere) {
+        if (n > 256) return scale_by_table<ByteTable>(samples, n, factor);
+        return scale_few_uint8(samples, n, factor);
+    }
     constexpr size_t kFew = 128;  // finding the multiplier takes as long
     if (n <= kFew) return scale_few_uint8(samples, n, factor);
     const Multiplier multiplier = find_multiplier(factor);

@@ -20,6 +20,9 @@
 // narrowed(a, b): 16-bit numbers of 0 to 32767 as bytes, at most 255
 // scaled16(v, f, l): unsigned 16-bit numbers times f in double precision, at most l, truncated; f and l have
 //     equal lanes, and l is at most 65535
+// ByteTable: made of the address of 256 bytes, it gives for a vector the bytes at these indices; NoByteTable
+// on levels
+//     that have no instruction for it
 // second_of(v): of the pair of floats in each word the second one, as a double
 // pairs_of(a, b): doubles, rounded to float, as such pairs
 // rounded(v): doubles rounded to float
@@ -44,6 +47,10 @@ using Bytes = Vector<uint8_t>;
 using Words = Vector<uint64_t>;
 using Doubles = Vector<double>;
 using Floats = Vector<float>;
+
+struct NoByteTable {
+    static constexpr bool kThere = false;
+};
 
 template <class Lane>
 inline Vector<Lane> all(Lane value) {

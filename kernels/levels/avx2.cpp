@@ -85,6 +85,8 @@ inline Bytes scaled16(Bytes v, Vector<double> factor, Vector<double> largest) {
                                      halves(_mm256_unpackhi_epi16(__m256i(v), zero))));
 }
 
+using ByteTable = NoByteTable;
+
 constexpr size_t kWindowBytes = 16;
 constexpr size_t kMostWindows = 4;
 inline Bytes load_windows(const uint8_t* data, size_t distance) {

@@ -100,6 +100,20 @@ inline Bytes scaled16(Bytes v, Vector<double> factor, Vector<double> largest) {
                                      halves(_mm512_unpackhi_epi16(__m512i(v), zero))));
 }
 
+struct ByteTable {
+    static constexpr bool kThere = true;
+    explicit ByteTable(const uint8_t* bytes) {
+        for (size_t i = 0; i < 4; ++i) quarters[i] = _mm512_loadu_si512(bytes + i * kVectorBytes);
+    }
+    __m512i quarters[4];
+    Bytes operator()(Bytes v) const {
+        const auto indices = __m512i(v);
+        return Bytes(_mm512_mask_blend_epi8(_mm512_movepi8_mask(indices),
+                                            _mm512_permutex2var_epi8(quarters[0], indices, quarters[1]),
+                                            _mm512_permutex2var_epi8(quarters[2], indices, quarters[3])));
+    }
+};
+
 constexpr size_t kWindowBytes = 64;
 constexpr size_t kMostWindows = 2;
 inline Bytes load_windows(const uint8_t* data, size_t) { return load<Bytes>(data); }

@@ -75,6 +75,8 @@ inline Bytes scaled16(Bytes v, Vector<double> factor, Vector<double> largest) {
     return Bytes(samples);
 }
 
+using ByteTable = NoByteTable;
+
 // No instruction picks bytes.
 constexpr size_t kWindowBytes = kVectorBytes;
 constexpr size_t kMostWindows = 0;

@@ -79,6 +79,8 @@ inline Bytes scaled16(Bytes v, Vector<double> factor, Vector<double> largest) {
     return Bytes(_mm_xor_si128(packed, _mm_set1_epi16(-32768)));
 }
 
+using ByteTable = NoByteTable;
+
 // No instruction picks bytes.
 constexpr size_t kWindowBytes = kVectorBytes;
 constexpr size_t kMostWindows = 0;

@@ -80,6 +80,8 @@ inline Bytes scaled16(Bytes v, Vector<double> factor, Vector<double> largest) {
     return Bytes(_mm_packus_epi32(low, high));
 }
 
+using ByteTable = NoByteTable;
+
 constexpr size_t kWindowBytes = 16;
 constexpr size_t kMostWindows = 4;
 inline Bytes load_windows(const uint8_t* data, size_t) { return load<Bytes>(data); }
