@@ -3,7 +3,7 @@
 # Freestanding of the C++ runtime, and float arithmetic exactly as written (no fused multiply-adds, no extended
 # precision) on every platform.
 add_library(bundle_flags INTERFACE)
-target_link_libraries(bundle_flags INTERFACE project_flags busy_flags)
+target_link_libraries(bundle_flags INTERFACE project_flags)
 target_compile_options(bundle_flags INTERFACE
   -fPIC -fno-exceptions -fno-rtti -fvisibility=hidden -fvisibility-inlines-hidden
   -fno-threadsafe-statics -ffp-contract=off -fno-math-errno)

@@ -9,19 +9,15 @@ if(MEMORYBLOCKZOR_SANITIZE)
   target_compile_options(project_flags INTERFACE
     -fsanitize=address,undefined,float-cast-overflow -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(project_flags INTERFACE -fsanitize=address,undefined)
-endif()
-# What tests spend their time in, besides: the sanitizers' build optimises nothing else, which halves its time.
-add_library(busy_flags INTERFACE)
-if(MEMORYBLOCKZOR_SANITIZE)
-  target_compile_options(busy_flags INTERFACE -O1)
+  target_compile_definitions(project_flags INTERFACE SANITIZED)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    # For the fuzzers, what is reached is counted; and the host calls functions by types of its own.
+    target_compile_options(project_flags INTERFACE -fsanitize=fuzzer-no-link -fno-sanitize=function)
+  endif()
 endif()
 if(MEMORYBLOCKZOR_COVERAGE)
   target_compile_options(project_flags INTERFACE --coverage -fprofile-update=atomic -Og)
   target_link_options(project_flags INTERFACE --coverage)
-endif()
-if(MEMORYBLOCKZOR_FUZZ)
-  # The host calls functions by types of its own.
-  target_compile_options(project_flags INTERFACE -fsanitize=fuzzer-no-link -fno-sanitize=function)
 endif()
 if(WIN32)
   # Float functions are the library's: mingw-w64's headers define some themselves.

@@ -26,7 +26,7 @@ constexpr int32_t kReferences = 1000;  // so that one more or less is seen, and 
 constexpr uint8_t kPattern = 0xA5;
 constexpr const char* kPaths[World::kItems] = {"/tmp/some file", "/usr/share"};
 
-#if defined(__SANITIZE_ADDRESS__)
+#ifdef SANITIZED
 constexpr bool kPoisons = true;
 #elif defined(__has_feature)
 constexpr bool kPoisons = __has_feature(address_sanitizer);

@@ -10,19 +10,20 @@
 // high_bits(v): a Mask of the bytes of 0x80 and above
 // any(v): whether any bit, or any mark, is set
 // part(bytes, n): the n bytes there, fewer than a vector's, and zeros; other bytes are not touched
-// kFewestPlaces: how many of a vector's places are worth comparing together, if the others are left out by
-// `part` reversed(v): the bytes in reverse order swapped16/32(v): the bytes of each unit of 2, of 4, in
-// reverse order bits_reversed(v): the bits of each byte in reverse order expanded(bits, low, high): for each
-// bit from the address `bits` on a byte of one of these vectors sums_of_three(v): for each unit of 4 bytes
-// the sum of its first three, as a number of 32 bits without_borrow(a, b): differences of unsigned 16-bit
-// numbers, 0 where they would be negative high_products(a, b): the upper 16 bits of the products of unsigned
-// 16-bit numbers widened_low/high(v): bytes as 16-bit numbers: those that `narrowed` takes first, and second
+// kFewestPlaces: how many places are worth comparing together where they do not fill a vector
+// reversed(v): the bytes in reverse order
+// swapped16/32(v): the bytes of each unit of 2, of 4, in reverse order
+// bits_reversed(v): the bits of each byte in reverse order
+// expanded(bits, low, high): for each bit from the address `bits` on a byte of one of these vectors
+// sums_of_three(v): for each unit of 4 bytes the sum of its first three, as a number of 32 bits
+// without_borrow(a, b): differences of unsigned 16-bit numbers, 0 where they would be negative
+// high_products(a, b): the upper 16 bits of the products of unsigned 16-bit numbers
+// widened_low/high(v): bytes as 16-bit numbers: those that `narrowed` takes first, and second
 // narrowed(a, b): 16-bit numbers of 0 to 32767 as bytes, at most 255
 // scaled16(v, f, l): unsigned 16-bit numbers times f in double precision, at most l, truncated; f and l have
 //     equal lanes, and l is at most 65535
-// ByteTable: made of the address of 256 bytes, it gives for a vector the bytes at these indices; NoByteTable
-// on levels
-//     that have no instruction for it
+// ByteTable: made of the address of 256 bytes, it gives the bytes at the indices in a vector; NoByteTable on
+//     levels without an instruction for it
 // second_of(v): of the pair of floats in each word the second one, as a double
 // pairs_of(a, b): doubles, rounded to float, as such pairs
 // rounded(v): doubles rounded to float
@@ -77,7 +78,7 @@ inline Lanes larger_lanes(Lanes a, Lanes b) {
 
 // One by one: levels without a faster way use it.
 inline Words looked_up_singly(const uint64_t* table, Words indices) {
-    Words found;
+    Words found = {};
     for (size_t i = 0; i < kVectorBytes / sizeof(uint64_t); ++i) found[i] = table[indices[i]];
     return found;
 }

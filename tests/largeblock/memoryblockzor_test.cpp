@@ -8,7 +8,7 @@
 
 namespace {
 
-#ifdef __SANITIZE_ADDRESS__
+#ifdef SANITIZED
 constexpr bool kSanitized = true;  // its allocator ends the program instead of failing
 #else
 constexpr bool kSanitized = false;

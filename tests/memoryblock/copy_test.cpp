@@ -107,7 +107,7 @@ TEST_F(CopyTest, AddressesAreUsedFromTheirFirstByte) {
 
 class HandleTest : public MemberTest, public testing::WithParamInterface<uintptr_t> {};
 INSTANTIATE_TEST_SUITE_P(Addresses, HandleTest, testing::Values(0x20000000));
-#ifndef __SANITIZE_ADDRESS__  // the sanitizer's own memory is there
+#ifndef SANITIZED  // the sanitizer's own memory is there
 INSTANTIATE_TEST_SUITE_P(AddressesThatAreNegativeIntegers, HandleTest, testing::Values(0xB0000000));
 #endif
 

@@ -49,7 +49,7 @@ std::string outcome_of(const char* fault) {
 class CheckBundles : public testing::Test {
  protected:
     void SetUp() override {
-#ifdef __SANITIZE_ADDRESS__
+#ifdef SANITIZED
         GTEST_SKIP() << "crashes are the sanitizers' here";
 #endif
     }

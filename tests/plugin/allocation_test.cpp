@@ -6,7 +6,7 @@
 
 #include "tests/support/bundle_test.h"
 
-#ifndef __SANITIZE_ADDRESS__  // the sanitizer has an allocator of its own, which ends the program
+#ifndef SANITIZED  // the sanitizer has an allocator of its own, which ends the program
 
 namespace {
 

@@ -3,7 +3,7 @@
 // member with each of its allocations failing in turn. The model says what each call must return, raise, write and
 // leave behind (fuzzers/model.h).
 #include <gtest/gtest.h>
-#ifdef __SANITIZE_ADDRESS__
+#ifdef SANITIZED
 #include <sanitizer/lsan_interface.h>
 #endif
 
@@ -25,7 +25,7 @@ const std::vector<uint8_t> kBytes = [] {
     return bytes;
 }();
 
-#ifdef __SANITIZE_ADDRESS__
+#ifdef SANITIZED
 // A bundle is put back by its static data, and so forgets what the start allocated.
 using Forgetful = __lsan::ScopedDisabler;
 #else
