@@ -115,7 +115,8 @@ def main():
             if found:
                 members.append(name)
                 tasks += [(task, name) for task in found[1].split(", ")]
-    with tempfile.TemporaryDirectory() as folder:
+    # The browser's last processes may still write there.
+    with tempfile.TemporaryDirectory(ignore_cleanup_errors=True) as folder:
         browser = Browser(folder)
         try:
             faults = check(browser, page, members, tasks)
