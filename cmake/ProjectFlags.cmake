@@ -16,8 +16,11 @@ if(MEMORYBLOCKZOR_SANITIZE)
   endif()
 endif()
 if(MEMORYBLOCKZOR_COVERAGE)
-  target_compile_options(project_flags INTERFACE --coverage -fprofile-update=atomic -Og)
-  target_link_options(project_flags INTERFACE --coverage)
+  # The counters can be a file that processes share, so that one that crashes loses none; what they are made of is
+  # not exported.
+  target_compile_options(project_flags INTERFACE -fprofile-instr-generate -fcoverage-mapping
+    -fprofile-update=atomic "SHELL:-mllvm -runtime-counter-relocation" -O1)
+  target_link_options(project_flags INTERFACE -fprofile-instr-generate -Wl,--exclude-libs,ALL)
 endif()
 if(WIN32)
   # Float functions are the library's: mingw-w64's headers define some themselves.

@@ -203,12 +203,44 @@ TEST_F(CheckBundles, CommandChoosesChecksAndRefusesMistakes) {
     const auto [status, list] = command({"--list"});
     EXPECT_EQ(status, 0);
     for (const Check& check : catalogue()) EXPECT_NE(list.find(check.description), list.npos);
+    EXPECT_EQ(command({"--help"}).first, 0);
+    EXPECT_EQ(
+        command({"--calls", "0", MINIHOST_BUNDLE}),
+        Result(2, "--calls: Value 0 not in range 1 to 10000000\nRun with --help for more information.\n"));
     const auto failed = command({"--include", "exports", "--json", NO_ENTRY_BUNDLE});
     EXPECT_EQ(failed.first, 1);
     EXPECT_NE(failed.second.find(
                   "\"result\": \"failed\", \"findings\": [{\"text\": \"exports no_entry_point\"}, {"),
               failed.second.npos)
         << failed.second;
+}
+
+// A line for each check, and below it what does not fit there: further findings, and the scripts that show
+// them.
+TEST_F(CheckBundles, CommandSaysWhatFailedAndWhatIsSkipped) {
+    const std::string entry = NO_ENTRY_BUNDLE ": no bundle, it has no entry point REALPluginMain\n";
+    const auto [status, text] =
+        command({"--include", "entry", "--include", "exports", "--include", "calls", NO_ENTRY_BUNDLE});
+    EXPECT_EQ(status, 1);
+    EXPECT_TRUE(text.starts_with("FAILED   entry: " + entry +
+                                 "FAILED   exports: 2 findings\n         - exports no_entry_point\n"
+                                 "         - does not export REALPluginMain\n"
+                                 "skipped  calls: the bundle cannot be loaded: " +
+                                 entry + "0 passed, 2 failed, 1 skipped in "))
+        << text;
+    const auto skipped = command({"--include", "calls", "--json", NO_ENTRY_BUNDLE});
+    EXPECT_EQ(skipped.first, 1);
+    EXPECT_NE(skipped.second.find("\"result\": \"skipped\", \"reason\": \"the bundle cannot"), text.npos);
+#ifndef _WIN32
+    set_variable("FAULT", "exception");
+    for (const bool json : {false, true}) {
+        std::vector<std::string> arguments = {"--include", "calls", "--calls", "60", FAULTY_BUNDLE};
+        if (json) arguments.emplace_back("--json");
+        const std::string found = command(arguments).second;
+        EXPECT_NE(found.find(json ? "\"script\": \"Dim " : "\n             Dim "), found.npos) << found;
+    }
+    set_variable("FAULT", nullptr);
+#endif
 }
 
 }  // namespace

@@ -62,6 +62,12 @@ TEST(Declarations, ErrorsSayWhatWasFoundAndExpected) {
         {"F(a as Integer = 2147483648)",
          "column 18: expected a default value for Integer, found \"2147483648\""},
         {"F(a as Boolean = 1)", "column 18: expected a default value for Boolean, found \"1\""},
+        {"F(a as Int64 = 99999999999999999999)",
+         "column 16: expected a default value for Int64, found \"99999999999999999999\""},
+        {"F(a as Double = 1e999)", "column 17: expected a default value for Double, found \"1e999\""},
+        {"F(a as Double = .5.5)", "column 17: expected a default value for Double, found \".5.5\""},
+        {"F(a as String = x)", "column 17: expected a default value for String, found \"x\""},
+        {"F{", "column 2: expected the end, found \"{\""},
         {"F as Integer 5", "column 14: expected the end, found \"5\""},
     };
     for (const auto& [text, message] : cases) {
@@ -502,7 +508,77 @@ TEST_F(LibraryTest, AccountsShowWhatIsOpenAndWhatIsWrong) {
     for (ObjectRef& made : later) made = host_->new_block(1);
     unlock(gone);
     expect_fault(" is no live object");
+    EXPECT_THROW((void)host_->block_size(gone), CallError);
+    EXPECT_THROW((void)host_->block_size(nullptr), CallError);
     EXPECT_EQ(host_->open_references().size(), 104u);
+}
+
+// What a bundle hands over may be nil, or nothing that lives.
+TEST_F(LibraryTest, OperationsStandWrongHandlesAndAddresses) {
+    const ObjectRef block = host_->new_block(1);
+    const ObjectRef exception = host_->new_instance("RuntimeException");
+    const StringRef text = host_->new_string("text", kUtf8);
+    const auto no_string = reinterpret_cast<REALstring>(block.get());
+    REALstringData data = {};
+    FSSpec spec = {};
+    const auto get_data =
+        operation<REALboolean(REALstring, uint32_t, REALstringData*)>("PluginGetStringData");
+    const auto set_text = operation<void(REALobject, const char*, REALstring)>("REALSetPropValueString");
+    const auto set_number = operation<void(REALobject, const char*, int32_t)>("REALSetPropValueInt");
+    const auto build = operation<REALstring(const char*, int32_t)>("REALBuildString");
+    const auto convert = operation<REALstring(REALstring, uint32_t)>("REALConvertString");
+    const auto encoding = operation<uint32_t(REALstring)>("REALGetStringEncoding");
+    const auto c_text = operation<const char*(REALstring)>("StringGetCString");
+    const auto load = operation<void*(void*, const char*)>("REALLoadGlobalMethod");
+    const auto length =
+        reinterpret_cast<int32_t (*)(REALstring)>(load(nullptr, "LenB(s as String) as Integer"));
+
+    // An answer without a fault: nil stands for no text, and for nothing.
+    EXPECT_EQ(encoding(nullptr), kTextEncodingUnknown);
+    EXPECT_EQ(convert(nullptr, kUtf8), nullptr);
+    EXPECT_STREQ(c_text(nullptr), "");
+    EXPECT_EQ(length(nullptr), 0);
+    EXPECT_FALSE(get_data(nullptr, kUtf8, &data));
+    EXPECT_TRUE(StringRef::adopt(build(nullptr, 0)));
+    EXPECT_EQ(load(nullptr, nullptr), nullptr);
+    EXPECT_EQ(operation<REALobject(const FSSpec*)>("FolderItemFromFSSpec")(nullptr), nullptr);
+    EXPECT_EQ(host_->faults(), std::vector<std::string>{});
+
+    const std::pair<std::function<bool()>, std::string> cases[] = {
+        {[&] { return operation<void*(REALobject)>("memoryBlockGetPtr")(nullptr); }, "object is nil"},
+        {[&] { return build(nullptr, 1); }, "there are no 1 bytes to take"},
+        {[&] { return encoding(no_string) != kTextEncodingUnknown; }, "is no live string"},
+        {[&] { return convert(no_string, kUtf8); }, "is no live string"},
+        {[&] { return *c_text(no_string); }, "is no live string"},
+        {[&] { return length(no_string); }, "is no live string"},
+        {[&] { return get_data(no_string, kUtf8, &data); }, "is no live string"},
+        {[&] { return get_data(text.get(), kUtf8, nullptr); }, "there is no record"},
+        {[&] { return set_text(exception.get(), "Message", no_string), false; }, "is no live string"},
+        {[&] { return set_text(exception.get(), nullptr, text.get()), false; }, "no such property \"\""},
+        {[&] { return set_text(nullptr, "Message", text.get()), false; }, "object is nil"},
+        {[&] { return set_number(exception.get(), "Number", 1), false; }, "no such property \"Number\""},
+    };
+    for (const auto& [call, fault] : cases) {
+        const size_t before = host_->faults().size();
+        EXPECT_FALSE(call()) << fault;
+        ASSERT_EQ(host_->faults().size(), before + 1) << fault;
+        EXPECT_TRUE(host_->faults().back().ends_with(fault)) << host_->faults().back();
+    }
+    for (const auto& [key, argument] : {std::pair<const char*, void*>("REALLockObject", nullptr),
+                                        {"REALLockString", nullptr},
+                                        {"REALUnlockString", block.get()},
+                                        {"PluginDisposeStringData", nullptr}}) {
+        const size_t before = host_->faults().size();
+        operation<void(void*)>(key)(argument);
+        EXPECT_EQ(host_->faults().size(), before + 1) << key;
+    }
+    operation<void(REALstring, uint32_t)>("REALSetStringEncoding")(nullptr, kUtf8);
+    EXPECT_TRUE(host_->faults().back().ends_with("the string is nil"));
+    operation<void(FSSpec*, REALobject)>("REALFSSpecFromFolderItem")(nullptr, nullptr);
+    EXPECT_TRUE(host_->faults().back().ends_with("there is no record"));
+    operation<void(FSSpec*, REALobject)>("REALFSSpecFromFolderItem")(&spec, block.get());
+    EXPECT_TRUE(host_->faults().back().ends_with("the object is a MemoryBlock, no FolderItem"));
+    EXPECT_EQ(host_->open_references().size(), 3u);
 }
 
 // Exceptions

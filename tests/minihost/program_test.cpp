@@ -88,6 +88,8 @@ TEST_F(Program, RunsWhatTheCommandLineSays) {
         {"--host-version new script.rbs", "", kNoVersion + "\"new\"\n2"},
         {"--host-version nan script.rbs", "", kNoVersion + "\"nan\"\n2"},
         {"--host-version -1 script.rbs", "", kNoVersion + "\"-1\"\n2"},
+        {"--host-version inf script.rbs", "", kNoVersion + "\"inf\"\n2"},
+        {"--host-version 2013x script.rbs", "", kNoVersion + "\"2013x\"\n2"},
         {"--plugin '' script.rbs", "", "minihost: --plugin takes a file, found \"\"\n2"},
         {"--without REALLockObjct script.rbs", "",
          "minihost: --without takes a key of the host, found \"REALLockObjct\"; did you mean "
@@ -97,6 +99,9 @@ TEST_F(Program, RunsWhatTheCommandLineSays) {
          "b.GetStringZOR(1, 1)'",
          "", "b\n0"},
         {"--host-version none -e 'Print BlockFromHex(\"0102\").FindByteZOR(0, 2, 2)'", "", "1\n0"},
+        {"--json -e 'Print False; 0 / 0; 4294967296; &hFFFFFFFFFFFFFFFF; New MemoryBlockZOR'", "",
+         "[false, null, 4294967296, 18446744073709551615, \"MemoryBlockZOR\"]\n0"},
+        {"-e 'Print 1' >/dev/full", "", "cannot write to standard output\n1"},
         // What the bundle cannot give back is told, and makes a good script fail.
         {"--without REALUnlockObject -e 'Dim m As New MemoryBlockZOR : Print m.Create(4)'", "",
          "True\nnot given back: MemoryBlock of 0 bytes: 1 reference\n1"},
@@ -122,6 +127,8 @@ TEST_F(Program, RefusesWhatIsNoBundle) {
     refused("text.so");
     refused("nix.so");
     EXPECT_NE(refused(NO_ENTRY_BUNDLE).find("REALPluginMain"), std::string::npos);
+    EXPECT_EQ(run("--version >/dev/null && '" MINIHOST_PROGRAM "' check nix.so 2>err.txt"),
+              "minihost check: there is no bundle nix.so\n2");
 }
 
 #ifndef EMULATED
@@ -185,7 +192,8 @@ class Prompt : public Program {
     // Starts the program in the test's folder, its history in a folder there or where HOME says.
     Terminal open(const char* state = "state") {
         Terminal terminal;
-        terminal.child = forkpty(&terminal.descriptor, nullptr, nullptr, nullptr);
+        const winsize size = {.ws_row = 24, .ws_col = 142, .ws_xpixel = 0, .ws_ypixel = 0};
+        terminal.child = forkpty(&terminal.descriptor, nullptr, nullptr, &size);
         if (terminal.child == 0) {
             if (chdir(folder_.c_str()) != 0) _exit(127);
             setenv("XDG_STATE_HOME", *state ? (folder_ / state).c_str() : "", 1);
@@ -229,6 +237,7 @@ TEST_F(Prompt, RunsWhatIsTyped) {
     type(terminal, "nonsense\n", "prompt:1:1: there is no variable or function nonsense\r\n> ");
     type(terminal, "Dim x As Integer = 20\nIf x = 20 Then\nx = x + 1\nEnd If\nx * 2\n", "42\r\n> ");
     type(terminal, "Print \"\u00e9\"\n", "\u00e9\r\n> ");
+    type(terminal, "New MemoryBlock(32)\n", "................................\r\n> ");
     // Ctrl-C clears what is typed and ends what runs.
 #ifdef MINIHOST_LINE_EDITOR
     type(terminal, "If True Then\n", "\n. ");

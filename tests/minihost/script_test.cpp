@@ -11,12 +11,15 @@
 
 #include "minihost/program/files.h"
 #include "minihost/program/help.h"
+#include "minihost/program/json.h"
 #include "minihost/program/picture.h"
 #include "minihost/program/session.h"
+#include "tests/minihost/host_operations.h"
 #include "tests/support/bundle_test.h"
 #include "tests/support/system.h"
 
 using namespace minihost;
+using namespace std::string_literals;
 namespace fs = std::filesystem;
 
 namespace {
@@ -85,7 +88,15 @@ TEST_F(Script, PrintsWhatStandsBesideIt) {
 TEST_F(Script, TakesAnyBytes) {
     EXPECT_EQ(run("\xEF\xBB\xBFPrint 1"), "1\n");
     EXPECT_EQ(run("Print \x01"), "s:1:7: unexpected character \\x01\n");
-    EXPECT_EQ(run("Print \xE2\x82"), "s:1:7: unexpected character \\xE2\n");
+    for (const char* cut : {"\xE2\x82", "\xC3", "\x80", "\xF0\x9F\x98", "\xF5\x80\x80\x80"}) {
+        char shown[8];
+        std::snprintf(shown, sizeof shown, "\\x%02X", unsigned(uint8_t(cut[0])));
+        EXPECT_EQ(run("Print "s + cut), "s:1:7: unexpected character "s + shown + '\n');
+    }
+    EXPECT_EQ(run("Print \U0001F600"), "s:1:7: unexpected character \"\U0001F600\"\n");
+    EXPECT_EQ(run("Print \x7F"), "s:1:7: unexpected character \\x7F\n");
+    EXPECT_EQ(run("Print \"abc"), "s:1:7: the string has no closing quotation mark\n");
+    EXPECT_EQ(run("Print 1\r\n"), "1\n");
 }
 
 TEST_F(Script, NamesTheRangeThatANumberLeaves) {
@@ -212,11 +223,29 @@ TEST_F(Script, ReadsTheSamplesThatItWrote) {
               "28000True\n11025\n"
               "s:5:1: IOException: cannot write s.wav: 8 bytes are no 16-bit samples of 3 channels, 8000 a "
               "second\n");
+    for (const std::string wrong : {"0, 8000", "-1, 8000", "1, 0", "1025, 8000"}) {
+        EXPECT_NE(run("WriteSound(\"s.wav\", New MemoryBlock(2050), " + wrong + ")")
+                      .find("2050 bytes are no 16-bit "),
+                  std::string::npos)
+            << wrong;
+    }
     EXPECT_EQ(run("Print ReadFile(\"s.wav\").Size; ReadSound(\"s.wav\").Size"), "528\n");
     EXPECT_EQ(run("WriteFile(\"s\", New MemoryBlock(9)) : Print ReadSound(\"s\")"),
               "s:1:44: IOException: cannot read s: it is no sound\n");
 }
 #endif
+
+// What is no UTF-8 becomes the character for that, byte by byte.
+TEST(Json, IsUtf8) {
+    EXPECT_EQ(json_string("\\ \u00e9\u0800\u20ac\U0001F600\xED\x9F\xBF\xF4\x8F\xBF\xBF"),
+              "\"\\\\ \u00e9\u0800\u20ac\U0001F600\xED\x9F\xBF\xF4\x8F\xBF\xBF\"");
+    for (const std::string bytes : {"\x80", "\xC1\x81", "\xC3", "\xC3(", "\xE0\x9F\x80", "\xED\xA0\x80",
+                                    "\xE2\x82", "\xF0\x8F\x80\x80", "\xF4\x90\x80\x80", "\xF5\x80\x80\x80"}) {
+        std::string expected;
+        for (const char c : bytes) expected += c == '(' ? "(" : "\\ufffd";
+        EXPECT_EQ(json_string(bytes), '"' + expected + '"');
+    }
+}
 
 TEST(Picture, GivesBackWhatItHoldsWhenMemoryRunsOut) {
     class Limited : public std::pmr::memory_resource {
@@ -265,6 +294,16 @@ TEST_F(Script, CutsLongBlocksInTheMiddle) {
     EXPECT_EQ(run("Print NewMemoryBlockFromPtrZOR(1)"), "MemoryBlock without a known size\n");
 }
 
+// As wide as the terminal is.
+TEST_F(Script, DumpsInLinesOf8Or16Or32Bytes) {
+    for (const auto& [columns, bytes] : {std::pair(77, 8), {78, 16}, {141, 16}, {142, 32}}) {
+        const std::string dump =
+            run("Print New MemoryBlock(33)", {.dump = {.line = HexDump::line_for(columns)}});
+        EXPECT_LE(dump.find('\n'), size_t(columns)) << dump;
+        EXPECT_EQ(std::count(dump.begin(), dump.end(), '\n'), 32 / bytes + 1) << dump;
+    }
+}
+
 TEST_F(Script, ColoursTheBytesThatChanged) {
     const std::string script = "Dim b As New MemoryBlock(3)\nPrint b\nb.Byte(1) = 65\nPrint b\nPrint b";
     const std::string plain = "00000000  00 00 00                                          ...\n";
@@ -273,6 +312,12 @@ TEST_F(Script, ColoursTheBytesThatChanged) {
         "00000000  00 \x1b[1;33m41\x1b[0m 00                                          .\x1b[1;33mA\x1b[0m.\n";
     EXPECT_EQ(run(script), plain + changed + changed);
     EXPECT_EQ(run(script, {.dump = {.colour = true}}), plain + marked + changed);
+    // Also those that the other block lacks.
+    EXPECT_EQ(
+        run("DumpChanges(BlockFromHex(\"41\"), BlockFromHex(\"41 42\"))", {.dump = {.colour = true}}),
+        "00000000 - 41                                                A\n"
+        "00000000 + 41 \x1b[1;33m42\x1b[0m                                             A\x1b[1;33mB\x1b[0m\n"
+        "1 byte differs\n");
 }
 
 // A new block may come to lie where an old one lay.
@@ -332,6 +377,14 @@ TEST_F(Script, ReportsReferences) {
     const ObjectRef held = host().new_block(5);
     EXPECT_TRUE(report_references(host(), report));
     EXPECT_EQ(report.str(), "not given back: MemoryBlock of 5 bytes: 1 reference\n");
+}
+
+TEST(Report, TellsFaults) {
+    Host host;
+    operation<void(REALobject)>("REALUnlockObject")(nullptr);
+    std::ostringstream report;
+    EXPECT_TRUE(report_references(host, report));
+    EXPECT_EQ(report.str(), "fault: REALUnlockObject: the object is nil\n");
 }
 
 TEST_F(Script, PromptGoesOnAfterErrorsAndIncompleteBlocks) {
