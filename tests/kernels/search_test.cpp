@@ -39,6 +39,27 @@ TEST_P(SearchKernel, FindsTheFirstByteThatIsOrIsNot) {
     }
 }
 
+// Places that differ in one byte only, which is no byte that a search would begin with.
+TEST_P(SearchKernel, EveryByteOfANeedleCounts) {
+    GuardedBytes memory(3000);
+    for (size_t m = 2; m <= 40; ++m) {
+        for (size_t different = 0; different < m; ++different) {
+            std::vector<uint8_t> needle(m);
+            for (size_t i = 0; i < m; ++i) needle[i] = uint8_t(0xA0 + i);
+            needle[different] = ' ';
+            std::ranges::fill(memory.bytes(), uint8_t('x'));
+            const size_t at = memory.size() - m - 100;
+            std::ranges::copy(needle, memory.data() + at);
+            for (size_t place = different; place + m < at; place += 61) {
+                std::ranges::copy(needle, memory.data() + place);
+                memory.data()[place + different] = 'e';
+            }
+            ASSERT_EQ(fast().find(memory.data(), memory.size(), needle.data(), m), at)
+                << m << " bytes, the difference in byte " << different;
+        }
+    }
+}
+
 // Ranges that begin before the boundary of two pages and end behind it; what is looked for stands outside of
 // them as well, and a needle across both of their ends.
 TEST_P(SearchKernel, LooksOnlyInsideItsRangeWherePagesMeet) {
