@@ -75,7 +75,7 @@ inline void store_reversed_bits(uint8_t* destination, const uint8_t* run, size_t
 
 // Less than two vectors of bytes, in place; `next` stands for the byte after them.
 inline void reverse_few_bits(uint8_t* data, size_t n, unsigned shift, uint8_t next) {
-    uint8_t copy_of_run[kWord + 2 * kVectorBytes + 1] = {};
+    uint8_t copy_of_run[kWord + 2 * kVectorBytes] = {};
     uint8_t* run = copy_of_run + kWord;  // the word in front stands for what a short run lacks
     memcpy(run, data, n);
     run[n] = next;

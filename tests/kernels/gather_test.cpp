@@ -48,12 +48,13 @@ TEST_P(GatherKernels, GatherBitsTakesAndStoresBitAfterBit) {
         };
     };
     for (size_t round = 0; round < rounds(20000); ++round) {
-        const auto bits = between<uint64_t>(random, 0, round % 4 == 0 ? 200 : 20);
+        const uint64_t unit = round % 10 == 1 ? 8 : 1;  // whole bytes now and then
+        const auto bits = unit * between<uint64_t>(random, 0, round % 4 == 0 ? 200 : 20);
         const auto step =
-            bits + (round % 5 == 0 ? 0 : between<uint64_t>(random, 0, round % 3 == 0 ? 100 : 9));
+            bits + unit * (round % 5 == 0 ? 0 : between<uint64_t>(random, 0, round % 3 == 0 ? 100 : 9));
         const auto groups = between<size_t>(random, 0, round % 100 == 0 ? 3000 : 40);
-        const auto from_bit = between<uint64_t>(random, 0, 130);
-        const auto to_bit = between<uint64_t>(random, 0, 130);
+        const auto from_bit = unit * between<uint64_t>(random, 0, 130);
+        const auto to_bit = unit * between<uint64_t>(random, 0, 130);
         const uint64_t end = from_bit + (groups > 0 ? (groups - 1) * step : 0) + bits;
         ASSERT_TRUE(same(random, size_t(end + 7) / 8, size_t(to_bit + bits * groups + 7) / 8,
                          gather(fast().gather_bits), gather(plain().gather_bits), 0, to_bit, from_bit, bits,
