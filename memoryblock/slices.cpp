@@ -60,6 +60,7 @@ REALmemoryBlock getRight(REALmemoryBlock block, int32_t length) {
     if (!block) return RaiseNilBlock<REALmemoryBlock>();
     if (length <= 0) return nullptr;
     const int32_t size = block_size(block);
+    if (size <= 0) return nullptr;
     const int32_t count = std::min(length, size);
     return copy_of(block, size - count, count);
 }

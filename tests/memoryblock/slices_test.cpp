@@ -74,6 +74,18 @@ TEST_F(SlicesTest, OfNothingAreNil) {
     EXPECT_EQ(raised([&] { call(whole, "AppendZOR", {ObjectRef()}); }), kNilBlock);
 }
 
+TEST_F(SlicesTest, RightAsksForNoDataOfABlockWithoutBytes) {
+    std::vector<std::string> asked;
+    Options options;
+    options.trace = [&](const minihost::OperationCall& call) { asked.emplace_back(call.key); };
+    start(options);
+    const ObjectRef empty = block("");
+    asked.clear();
+    EXPECT_EQ(slice(empty, "RightZOR", {1}), std::nullopt);
+    EXPECT_EQ(std::ranges::count(asked, "memoryBlockGetSize"), 1);
+    EXPECT_EQ(std::ranges::count(asked, "memoryBlockGetPtr"), 0);
+}
+
 TEST_F(SlicesTest, AppendedBlocksFollowOneAnother) {
     const ObjectRef abc = block("abc");
     GuardedBytes memory(4);
