@@ -442,7 +442,8 @@ struct ShortNeedle {
         return kNotFound;
     }
 
-    // By vectors, of which the last may overlap the one before it, and the needle's ends and middle.
+    // By vectors, of which the last may overlap the one before it, or by one that is not filled; and by the
+    // needle's ends and middle.
     size_t find_by_vectors(const uint8_t* haystack, size_t starts) const {
         const uint8_t* const rows[] = {haystack, haystack + m / 2, haystack + m - 1};
         const Bytes wanted[] = {all(needle[0]), all(needle[m / 2]), all(needle[m - 1])};
