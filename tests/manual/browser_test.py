@@ -41,9 +41,9 @@ class Browser:
                     raise
                 time.sleep(0.2)
 
-    def send(self, path, body):
-        request = urllib.request.Request(self.url + path, json.dumps(body).encode(),
-                                         {"Content-Type": "application/json"})
+    def send(self, path, body=None, method="POST"):
+        data = None if body is None else json.dumps(body).encode()
+        request = urllib.request.Request(self.url + path, data, {"Content-Type": "application/json"}, method=method)
         with urllib.request.urlopen(request, timeout=120) as answer:
             return json.load(answer)["value"]
 
@@ -57,6 +57,8 @@ class Browser:
         return self.send(f"/session/{self.session}/execute/sync", {"script": script, "args": list(arguments)})
 
     def close(self):
+        # The driver alone would leave the browser running.
+        self.send(f"/session/{self.session}", method="DELETE")
         self.driver.terminate()
         self.driver.wait()
 
