@@ -157,6 +157,8 @@ constexpr size_t kAlways = 3;        // probes that a comparison looks at withou
 constexpr size_t kShortNeedle = 32;  // compared at all places of a vector at once, byte after byte
 constexpr size_t kFewStarts = 32;    // places that words are compared at, one by one
 constexpr size_t kShortSearch = 256;  // places that are searched without a choice of probes
+// Places that are compared by a vector: fewer than fill it where an instruction loads a part of one.
+constexpr size_t kFewestPlaces = kVectorBytes == 64 ? 4 : kVectorBytes;
 
 // The byte that differs from that at `offset` and is nearest to the front; the last one where all are equal.
 inline size_t other_byte(const uint8_t* needle, size_t m, size_t offset) {

@@ -10,7 +10,6 @@
 // high_bits(v): a Mask of the bytes of 0x80 and above
 // any(v): whether any bit, or any mark, is set
 // part(bytes, n): the n bytes there, fewer than a vector's, and zeros; other bytes are not touched
-// kFewestPlaces: how many places are worth comparing together where they do not fill a vector
 // reversed(v): the bytes in reverse order
 // swapped16/32(v): the bytes of each unit of 2, of 4, in reverse order
 // bits_reversed(v): the bits of each byte in reverse order

@@ -23,7 +23,6 @@ inline Marks marked_equal(Bytes a, Bytes b) { return Marks(a == b); }
 inline Mask mask_of(Marks marks) { return high_bits(marks); }
 inline bool any(Bytes v) { return !_mm256_testz_si256(__m256i(v), __m256i(v)); }
 inline Bytes part(const uint8_t* bytes, size_t n) { return part_by_words(bytes, n); }
-constexpr size_t kFewestPlaces = kVectorBytes;
 
 // Shuffles within each half.
 inline Bytes shuffled(Bytes v, Bytes from) { return Bytes(_mm256_shuffle_epi8(__m256i(v), __m256i(from))); }

@@ -37,7 +37,6 @@ inline bool any(Bytes v) { return _mm512_test_epi8_mask(__m512i(v), __m512i(v)) 
 inline Bytes part(const uint8_t* bytes, size_t n) {
     return Bytes(_mm512_maskz_loadu_epi8(first_bytes(n), bytes));
 }
-constexpr size_t kFewestPlaces = 4;
 
 // Shuffles within each quarter.
 inline Bytes shuffled(Bytes v, Bytes from) { return Bytes(_mm512_shuffle_epi8(__m512i(v), __m512i(from))); }

@@ -26,7 +26,6 @@ inline bool any(Bytes v) {
     return (words[0] | words[1]) != 0;
 }
 inline Bytes part(const uint8_t* bytes, size_t n) { return part_by_words(bytes, n); }
-constexpr size_t kFewestPlaces = kVectorBytes;
 
 inline Bytes swapped16(Bytes v) {
     const auto units = Vector<uint16_t>(v);

@@ -27,7 +27,6 @@ inline Mask high_bits(Bytes v) { return mask_of(Marks(Vector<int8_t>(v) < 0)); }
 inline Marks marked_equal(Bytes a, Bytes b) { return Marks(a == b); }
 inline bool any(Bytes v) { return vmaxvq_u32(uint32x4_t(v)) != 0; }
 inline Bytes part(const uint8_t* bytes, size_t n) { return part_by_words(bytes, n); }
-constexpr size_t kFewestPlaces = kVectorBytes;
 
 inline Bytes swapped16(Bytes v) { return Bytes(vrev16q_u8(uint8x16_t(v))); }
 inline Bytes swapped32(Bytes v) { return Bytes(vrev32q_u8(uint8x16_t(v))); }

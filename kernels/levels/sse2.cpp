@@ -23,7 +23,6 @@ inline Marks marked_equal(Bytes a, Bytes b) { return Marks(a == b); }
 inline Mask mask_of(Marks marks) { return high_bits(marks); }
 inline bool any(Bytes v) { return high_bits(Bytes(v == Bytes{})) != 0xFFFF; }
 inline Bytes part(const uint8_t* bytes, size_t n) { return part_by_words(bytes, n); }
-constexpr size_t kFewestPlaces = kVectorBytes;
 
 inline Bytes swapped16(Bytes v) {
     const auto units = Vector<uint16_t>(v);

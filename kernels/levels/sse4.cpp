@@ -23,7 +23,6 @@ inline Marks marked_equal(Bytes a, Bytes b) { return Marks(a == b); }
 inline Mask mask_of(Marks marks) { return high_bits(marks); }
 inline bool any(Bytes v) { return !_mm_testz_si128(__m128i(v), __m128i(v)); }
 inline Bytes part(const uint8_t* bytes, size_t n) { return part_by_words(bytes, n); }
-constexpr size_t kFewestPlaces = kVectorBytes;
 
 inline Bytes shuffled(Bytes v, Bytes from) { return Bytes(_mm_shuffle_epi8(__m128i(v), __m128i(from))); }
 

@@ -57,10 +57,12 @@ class Browser:
         return self.send(f"/session/{self.session}/execute/sync", {"script": script, "args": list(arguments)})
 
     def close(self):
-        # The driver alone would leave the browser running.
-        self.send(f"/session/{self.session}", method="DELETE")
-        self.driver.terminate()
-        self.driver.wait()
+        try:
+            # The driver alone would leave the browser running.
+            self.send(f"/session/{self.session}", method="DELETE")
+        finally:
+            self.driver.terminate()
+            self.driver.wait()
 
 
 SEARCH = """
