@@ -8,6 +8,12 @@ constexpr size_t kPage = 4096;  // the smallest of any processor
 
 inline size_t left_in_page(const uint8_t* at) { return kPage - uintptr_t(at) % kPage; }
 
+// Starts to fetch the bytes of a round that comes later; they may lie behind all memory.
+constexpr size_t kAhead = 4096;
+inline void fetch(const uint8_t* round) {
+    for (size_t i = 0; i < kRound; i += 64) __builtin_prefetch(round + i);
+}
+
 // What bytes are looked for. What is seen of several vectors is joined by | and asked at once.
 struct ByteIs {
     explicit ByteIs(uint8_t value) : wanted(all(value)) {}
@@ -157,6 +163,7 @@ constexpr size_t kAlways = 3;        // probes that a comparison looks at withou
 constexpr size_t kShortNeedle = 32;  // compared at all places of a vector at once, byte after byte
 constexpr size_t kFewStarts = 32;    // places that words are compared at, one by one
 constexpr size_t kShortSearch = 256;  // places that are searched without a choice of probes
+constexpr size_t kFarApart = 1280;    // rounds that agree in vain cost less than another probe
 // Places that are compared by a vector: fewer than fill it where an instruction loads a part of one.
 constexpr size_t kFewestPlaces = kVectorBytes == 64 ? 4 : kVectorBytes;
 
@@ -264,6 +271,42 @@ inline Marks agreeing(const uint8_t* const (&at)[kProbes], const Bytes (&bytes)[
     return marks;
 }
 
+// The same for a round at which the first probe is aligned, by aligned loads: what another probe compares
+// begins in one vector, behind a byte of it at least, and ends in the next one.
+template <size_t kProbes>
+struct AlignedProbes {
+    const uint8_t* const (&at)[kProbes];
+    const Bytes (&bytes)[kProbes];
+    size_t begin[kProbes];
+    Across across[kProbes];
+
+    AlignedProbes(const uint8_t* const (&places)[kProbes], const Bytes (&wanted)[kProbes])
+        : at(places), bytes(wanted) {
+        for (size_t k = 1; k < kProbes; ++k) {
+            begin[k] = (uintptr_t(at[k]) - uintptr_t(at[0]) - 1) % kVector + 1;
+            across[k] = Across(begin[k]);
+        }
+    }
+
+    bool agree(size_t i) const {
+        Marks marks[4];
+        for (size_t v = 0; v < 4; ++v) {
+            marks[v] = marked_equal(load<Bytes>(at[0] + i + v * kVector), bytes[0]);
+        }
+        for (size_t k = 1; k < kProbes; ++k) {
+            const uint8_t* vector = at[k] + (i - begin[k]);
+            Bytes before = load<Bytes>(vector);
+            for (Marks& agreeing : marks) {
+                vector += kVector;
+                const Bytes after = in_register(load<Bytes>(vector));
+                agreeing &= marked_equal(across[k].taken(before, after), bytes[k]);
+                before = after;
+            }
+        }
+        return any((marks[0] | marks[1]) | (marks[2] | marks[3]));
+    }
+};
+
 // The index of the first byte of a word that is not 0.
 inline size_t first_byte(uint64_t word) { return size_t(__builtin_ctzll(word)) / 8; }
 
@@ -324,20 +367,39 @@ size_t Search::places_from(size_t at) const {
 template <size_t kProbes>
 size_t Search::first_round() const {
     if (places_from(next) < kRound) return next;
+    // The probe that is furthest on becomes the first: the others compare what it has loaded.
+    size_t furthest = 0;
+    for (size_t k = 1; k < kProbes; ++k) {
+        if (probes[k] > probes[furthest]) furthest = k;
+    }
     const uint8_t* at[kProbes];
     Bytes bytes[kProbes];
     for (size_t k = 0; k < kProbes; ++k) {
-        at[k] = haystack + probes[k];
-        bytes[k] = all(needle[probes[k]]);
+        const size_t offset = probes[(furthest + k) % kProbes];
+        at[k] = haystack + offset;
+        bytes[k] = all(needle[offset]);
     }
-    const auto none_agrees = [&](size_t i) {
+    const auto agree = [&](size_t i) {
         const Marks front = agreeing(at, bytes, i) | agreeing(at, bytes, i + kVector);
-        return !any(front | (agreeing(at, bytes, i + 2 * kVector) | agreeing(at, bytes, i + 3 * kVector)));
+        return any(front | (agreeing(at, bytes, i + 2 * kVector) | agreeing(at, bytes, i + 3 * kVector)));
     };
-    if (!none_agrees(next)) return next;
-    size_t i = next + kRound - uintptr_t(haystack + next + m - 1) % kRound;
-    while (starts - i >= kRound && none_agrees(i)) i += kRound;
-    return i;
+    size_t start = next;
+    // Until rounds are aligned, so that each lies in a page, and none of their vectors begins before the
+    // haystack.
+    for (;;) {
+        const size_t past = uintptr_t(at[0] + start) % kRound;
+        if (past == 0 && start >= kVector) break;
+        if (starts - start < kRound || agree(start)) return start;
+        start += kRound - past;
+    }
+    if constexpr (Across::kThere) {
+        const AlignedProbes<kProbes> aligned(at, bytes);
+        for (; starts - start >= kRound && !aligned.agree(start); start += kRound)
+            fetch(at[0] + start + kAhead);
+    } else {
+        while (starts - start >= kRound && !agree(start)) start += kRound;
+    }
+    return start;
 }
 
 // Of the places of a mask, whose first bit stands for `at`, those that may be the needle's: all probes and
@@ -499,7 +561,7 @@ size_t find(const uint8_t* haystack, size_t n, const uint8_t* needle, size_t m) 
                                                          : search.compare<kAlways>(at, places);
         if (found != kNotFound) return found;
         if (search.active != 0 && search.active < kMaxProbes &&
-            ++rounds > 1 + (search.next - since) / (16 * kRound)) {
+            ++rounds > 1 + (search.next - since) / kFarApart) {
             search.active += search.active == 4 ? 2 : 1;
             rounds = 0;
             since = search.next;

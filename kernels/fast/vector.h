@@ -23,6 +23,8 @@
 //     equal lanes, and l is at most 65535
 // ByteTable: made of the address of 256 bytes, it gives the bytes at the indices in a vector; NoByteTable on
 //     levels without an instruction for it
+// Across: made of a number up to kVectorBytes, its taken(a, b) gives the bytes from there on of two vectors;
+//     NoAcross on levels without an instruction for it
 // second_of(v): of the pair of floats in each word the second one, as a double
 // pairs_of(a, b): doubles, rounded to float, as such pairs
 // rounded(v): doubles rounded to float
@@ -49,6 +51,9 @@ using Doubles = Vector<double>;
 using Floats = Vector<float>;
 
 struct NoByteTable {
+    static constexpr bool kThere = false;
+};
+struct NoAcross {
     static constexpr bool kThere = false;
 };
 

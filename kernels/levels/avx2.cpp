@@ -85,6 +85,7 @@ inline Bytes scaled16(Bytes v, Vector<double> factor, Vector<double> largest) {
 }
 
 using ByteTable = NoByteTable;
+using Across = NoAcross;
 
 constexpr size_t kWindowBytes = 16;
 constexpr size_t kMostWindows = 4;

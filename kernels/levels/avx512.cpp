@@ -45,6 +45,16 @@ inline Bytes permuted(Bytes v, Bytes from) {
     return Bytes(_mm512_permutexvar_epi8(__m512i(from), __m512i(v)));
 }
 
+struct Across {
+    static constexpr bool kThere = true;
+    Across() = default;
+    explicit Across(size_t begin) : from(counting<uint8_t>() + uint8_t(begin)) {}
+    Bytes from;
+    Bytes taken(Bytes first, Bytes second) const {
+        return Bytes(_mm512_permutex2var_epi8(__m512i(first), __m512i(from), __m512i(second)));
+    }
+};
+
 inline Bytes all_quarters(__m128i quarter) { return Bytes(_mm512_broadcast_i32x4(quarter)); }
 
 inline Bytes swapped16(Bytes v) {

@@ -75,6 +75,7 @@ inline Bytes scaled16(Bytes v, Vector<double> factor, Vector<double> largest) {
 }
 
 using ByteTable = NoByteTable;
+using Across = NoAcross;
 
 // No instruction picks bytes.
 constexpr size_t kWindowBytes = kVectorBytes;
