@@ -340,11 +340,11 @@ void Search::spread_probes() {
     for (size_t i = 0; i < kMaxProbes; ++i) probes[i] = spread[i];
 }
 
-// The rarest bytes become the probes, the rarest one first and another one second. Of long needles the last
-// byte is one too.
+// The rarest bytes become the probes, the rarest one first and another one second; no more are looked at than
+// the haystack is worth. Of long needles the last byte is one too.
 void Search::choose_rare_probes() {
     const auto rank = [this](size_t i) { return kRanks.of[needle[i]]; };
-    const size_t looked_at = smaller<size_t>(m, 256);
+    const size_t looked_at = smaller(m, smaller<size_t>(256, 16 + starts / 128));
     size_t chosen = 0;
     for (size_t i = 0; i < looked_at; ++i) {
         if (chosen == kMaxProbes && rank(i) >= rank(probes[chosen - 1])) continue;
