@@ -384,8 +384,7 @@ size_t Search::first_round() const {
         return any(front | (agreeing(at, bytes, i + 2 * kVector) | agreeing(at, bytes, i + 3 * kVector)));
     };
     size_t start = next;
-    // Until rounds are aligned, so that each lies in a page, and none of their vectors begins before the
-    // haystack.
+    // Until rounds are aligned, so that each lies in a page, and no vector begins before the haystack.
     for (;;) {
         const size_t past = uintptr_t(at[0] + start) % kRound;
         if (past == 0 && start >= kVector) break;
@@ -394,8 +393,10 @@ size_t Search::first_round() const {
     }
     if constexpr (Across::kThere) {
         const AlignedProbes<kProbes> aligned(at, bytes);
-        for (; starts - start >= kRound && !aligned.agree(start); start += kRound)
+        while (starts - start >= kRound && !aligned.agree(start)) {
             fetch(at[0] + start + kAhead);
+            start += kRound;
+        }
     } else {
         while (starts - start >= kRound && !agree(start)) start += kRound;
     }
