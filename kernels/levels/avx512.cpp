@@ -63,11 +63,7 @@ inline Bytes swapped16(Bytes v) {
 inline Bytes swapped32(Bytes v) {
     return shuffled(v, all_quarters(_mm_setr_epi8(3, 2, 1, 0, 7, 6, 5, 4, 11, 10, 9, 8, 15, 14, 13, 12)));
 }
-inline Bytes reversed(Bytes v) {
-    Bytes from;
-    for (size_t i = 0; i < kVectorBytes; ++i) from[i] = uint8_t(kVectorBytes - 1 - i);
-    return permuted(v, from);
-}
+inline Bytes reversed(Bytes v) { return permuted(v, uint8_t(kVectorBytes - 1) - counting<uint8_t>()); }
 inline Bytes bits_reversed(Bytes v) {
     const __m512i matrix = _mm512_set1_epi64(int64_t(0x8040201008040201));
     return Bytes(_mm512_gf2p8affine_epi64_epi8(__m512i(v), matrix, 0));
