@@ -247,7 +247,7 @@ size_t find_two_way(const uint8_t* haystack, size_t n, const uint8_t* needle, si
     const Suffix cut = a.start > b.start ? a : b;
     const bool periodic = equal(needle, needle + cut.period, cut.start);
     const size_t period = periodic ? cut.period : larger(cut.start, m - cut.start) + 1;
-    size_t known = 0;  // how many of the needle's first bytes are known to be equal
+    size_t known = 0;  // how many first bytes are known to be equal: none, or all before the cut at least
     for (size_t at = 0; m <= n - at;) {
         const size_t from = larger(cut.start, known);
         const size_t back = from + equal_front(needle + from, haystack + at + from, m - from);
@@ -256,7 +256,7 @@ size_t find_two_way(const uint8_t* haystack, size_t n, const uint8_t* needle, si
             known = 0;
             continue;
         }
-        if (known >= cut.start || equal(needle + known, haystack + at + known, cut.start - known)) return at;
+        if (known >= cut.start || equal(needle, haystack + at, cut.start)) return at;
         at += period;
         known = periodic ? m - period : 0;
     }
