@@ -9,6 +9,13 @@
 
 #include "tests/support/system.h"
 
+#ifdef SANITIZED
+#include <sanitizer/asan_interface.h>
+#else
+#define ASAN_POISON_MEMORY_REGION(bytes, size) (static_cast<void>(bytes), static_cast<void>(size))
+#define ASAN_UNPOISON_MEMORY_REGION(bytes, size) (static_cast<void>(bytes), static_cast<void>(size))
+#endif
+
 namespace {
 
 constexpr uint8_t kPattern = 0xA5;
@@ -62,6 +69,7 @@ GuardedBytes::GuardedBytes(size_t size, Side side) : size_(size) {
     data_ = side == kStart ? pages_ : pages_ + accessible_ - size;
     std::fill(pages_, data_, kPattern);
     std::fill(data_ + size, pages_ + accessible_, kPattern);
+    set_touchable_around(false);
 }
 
 GuardedBytes::GuardedBytes(size_t size, Side side, Random& random) : GuardedBytes(size, side) {
@@ -73,6 +81,7 @@ GuardedBytes::GuardedBytes(const std::vector<uint8_t>& bytes, Side side) : Guard
 }
 
 GuardedBytes::~GuardedBytes() {
+    set_touchable_around(true);
     if (accessible_ <= kKept) {
         kept(accessible_).push_back(pages_);
     } else {
@@ -80,7 +89,23 @@ GuardedBytes::~GuardedBytes() {
     }
 }
 
+void GuardedBytes::set_touchable_around(bool touchable) const {
+    if (touchable) {
+        ASAN_UNPOISON_MEMORY_REGION(pages_, accessible_);
+    } else {
+        ASAN_POISON_MEMORY_REGION(pages_, size_t(data_ - pages_));
+        ASAN_POISON_MEMORY_REGION(data_ + size_, size_t(pages_ + accessible_ - data_) - size_);
+    }
+}
+
 testing::AssertionResult GuardedBytes::untouched_around() const {
+    set_touchable_around(true);
+    const testing::AssertionResult result = pattern_is_there();
+    set_touchable_around(false);
+    return result;
+}
+
+testing::AssertionResult GuardedBytes::pattern_is_there() const {
     for (const uint8_t* at = pages_; at < pages_ + accessible_; ++at) {
         if (at == data_) at += size_;
         if (at < pages_ + accessible_ && *at != kPattern) {

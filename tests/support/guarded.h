@@ -22,11 +22,13 @@ Number between(Random& random, Number first, Number last) {
     return std::uniform_int_distribution<Number>(first, last)(random);
 }
 
-// Of so many rounds, those that are run: under something slow, every SWEEP_EVERY-th one, as the environment says.
+// Of so many rounds, those that are run: under something slow, every SWEEP_EVERY-th one, as the environment
+// says.
 size_t rounds(size_t all);
 
 // Bytes between two inaccessible pages. They touch one of them; what remains of the pages in between on their
-// other side holds a pattern.
+// other side holds a pattern, and under AddressSanitizer cannot be touched either, but for up to 7 bytes in
+// front.
 class GuardedBytes {
  public:
     enum Side {
@@ -52,6 +54,9 @@ class GuardedBytes {
     testing::AssertionResult untouched_around() const;
 
  private:
+    void set_touchable_around(bool touchable) const;
+    testing::AssertionResult pattern_is_there() const;
+
     uint8_t* pages_;
     size_t accessible_;
     uint8_t* data_;
