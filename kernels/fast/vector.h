@@ -21,10 +21,10 @@
 // narrowed(a, b): 16-bit numbers of 0 to 32767 as bytes, at most 255
 // scaled16(v, f, l): unsigned 16-bit numbers times f in double precision, at most l, truncated; f and l have
 //     equal lanes, and l is at most 65535
-// ByteTable: made of the address of 256 bytes, it gives the bytes at the indices in a vector; NoByteTable on
+// ByteTable: made of the address of 256 bytes, it gives the bytes at the indices in a vector; NotThere on
 //     levels without an instruction for it
 // Across: made of a number up to kVectorBytes, its taken(a, b) gives the bytes from there on of two vectors;
-//     NoAcross on levels without an instruction for it
+//     NotThere on levels without an instruction for it
 // second_of(v): of the pair of floats in each word the second one, as a double
 // pairs_of(a, b): doubles, rounded to float, as such pairs
 // rounded(v): doubles rounded to float
@@ -50,10 +50,7 @@ using Words = Vector<uint64_t>;
 using Doubles = Vector<double>;
 using Floats = Vector<float>;
 
-struct NoByteTable {
-    static constexpr bool kThere = false;
-};
-struct NoAcross {
+struct NotThere {
     static constexpr bool kThere = false;
 };
 

@@ -84,8 +84,8 @@ inline Bytes scaled16(Bytes v, Vector<double> factor, Vector<double> largest) {
                                      halves(_mm256_unpackhi_epi16(__m256i(v), zero))));
 }
 
-using ByteTable = NoByteTable;
-using Across = NoAcross;
+using ByteTable = NotThere;
+using Across = NotThere;
 
 constexpr size_t kWindowBytes = 16;
 constexpr size_t kMostWindows = 4;

@@ -74,8 +74,8 @@ inline Bytes scaled16(Bytes v, Vector<double> factor, Vector<double> largest) {
     return Bytes(samples);
 }
 
-using ByteTable = NoByteTable;
-using Across = NoAcross;
+using ByteTable = NotThere;
+using Across = NotThere;
 
 // No instruction picks bytes.
 constexpr size_t kWindowBytes = kVectorBytes;

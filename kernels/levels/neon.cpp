@@ -71,8 +71,8 @@ inline Bytes scaled16(Bytes v, Vector<double> factor, Vector<double> largest) {
         vmovn_high_u32(vmovn_u32(four(vmovl_u16(vget_low_u16(samples)))), four(vmovl_high_u16(samples))));
 }
 
-using ByteTable = NoByteTable;
-using Across = NoAcross;
+using ByteTable = NotThere;
+using Across = NotThere;
 
 constexpr size_t kWindowBytes = 16;
 constexpr size_t kMostWindows = 4;

@@ -78,8 +78,8 @@ inline Bytes scaled16(Bytes v, Vector<double> factor, Vector<double> largest) {
     return Bytes(_mm_xor_si128(packed, _mm_set1_epi16(-32768)));
 }
 
-using ByteTable = NoByteTable;
-using Across = NoAcross;
+using ByteTable = NotThere;
+using Across = NotThere;
 
 // No instruction picks bytes.
 constexpr size_t kWindowBytes = kVectorBytes;

@@ -79,8 +79,8 @@ inline Bytes scaled16(Bytes v, Vector<double> factor, Vector<double> largest) {
     return Bytes(_mm_packus_epi32(low, high));
 }
 
-using ByteTable = NoByteTable;
-using Across = NoAcross;
+using ByteTable = NotThere;
+using Across = NotThere;
 
 constexpr size_t kWindowBytes = 16;
 constexpr size_t kMostWindows = 4;
